@@ -1,0 +1,133 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <memory>
+
+namespace kestra {
+
+class OperatorPrompt;
+
+// The result of a send: 0 for success. The whole vocabulary of the device
+// layer is kept, receive-side codes included, though a one-way link only ever
+// produces 0, 2, 7, 8 and 9.
+using DeviceError = unsigned int;
+
+namespace DeviceErrors {
+enum : DeviceError {
+    Success = 0,
+    TransmitTimeout = 1,
+    SendFailed = 2,
+    ReceiveFailed = 3,
+    ChecksumError = 4,
+    ResponseTimeout = 5,
+    TooMuchData = 6,
+    PortNotDefined = 7,
+    BaseAddressNotDefined = 8,
+    PortOpenFailed = 9,
+    DriverOpenFailed = 10,
+    NoUsbPylon = 11,
+};
+} // namespace DeviceErrors
+
+QString DeviceErrorText(DeviceError code);
+
+// The modal report of a failed send: caption "Device Communication Error", the
+// context, two carriage returns and the error text, stop icon, OK.
+void ShowDeviceError(OperatorPrompt &prompt, const QString &context, DeviceError code);
+
+// Sum of the bytes modulo 256 as two upper-case hexadecimal digits.
+QByteArray DaktronicsChecksum(QByteArrayView text);
+
+// A serial line as the transport uses it. Opening configures 19200 baud, 8 data
+// bits, no parity, one stop bit; a write returns once the bytes are with the
+// system, and false when they could not be handed over.
+class SerialLine {
+public:
+    virtual ~SerialLine() = default;
+    virtual bool open(const QString &device) = 0;
+    virtual bool write(QByteArrayView data) = 0;
+    virtual void close() = 0;
+    virtual QString errorString() const = 0;
+};
+
+// The sending side of UDP: one datagram per frame to one destination, which
+// may be a broadcast address. "Connected" means the destination is resolved
+// and a socket is ready; nothing is ever received.
+class DatagramLine {
+public:
+    virtual ~DatagramLine() = default;
+    virtual bool connectTo(const QString &address, const QString &port) = 0;
+    virtual void disconnect() = 0;
+    virtual bool isConnected() const = 0;
+    virtual bool send(QByteArrayView datagram) = 0;
+    virtual QString errorString() const = 0;
+};
+
+// Makes the lines; the default makes a QSerialPort and a QUdpSocket. Tests
+// override it for faults that a pseudo-terminal cannot produce.
+class LineFactory {
+public:
+    virtual ~LineFactory() = default;
+    virtual std::unique_ptr<SerialLine> makeSerialLine();
+    virtual std::unique_ptr<DatagramLine> makeDatagramLine();
+};
+
+// The one road by which frames leave the program: a serial port opened lazily
+// and kept open, or the UDP client when the port name is "UDP".
+class DeviceTransport {
+public:
+    explicit DeviceTransport(std::unique_ptr<LineFactory> factory = nullptr);
+    ~DeviceTransport();
+    DeviceTransport(const DeviceTransport &) = delete;
+    DeviceTransport &operator=(const DeviceTransport &) = delete;
+
+    // The program's transport, for the writers the main window makes.
+    static DeviceTransport &instance();
+
+    // COMPort: "COM1".."COM4" (/dev/ttyS0../dev/ttyS3), "UDP", or a device
+    // path under /dev/. Empty until the settings are handed over.
+    void setPortName(const QString &name) { m_portName = name; }
+    const QString &portName() const { return m_portName; }
+    // BaseAddr: only checked for being non-zero on the serial path.
+    void setBaseAddress(quint16 address) { m_baseAddress = address; }
+    quint16 baseAddress() const { return m_baseAddress; }
+    // IPAddr and UDPPort, taken by the next connect. A changed destination
+    // drops the current connection.
+    void setUdpDestination(const QString &address, const QString &port);
+    const QString &udpAddress() const { return m_udpAddress; }
+    const QString &udpPort() const { return m_udpPort; }
+
+    // The UDP client's connect and disconnect. Connecting twice is harmless.
+    bool connectUdp();
+    void disconnectUdp();
+    bool isUdpConnected() const;
+
+    // Sends one frame and answers 0, or the code of what went wrong.
+    DeviceError SendDeviceData(QByteArrayView frame);
+    DeviceError OpenPort();
+    // Closes the serial port if it is open; the next send opens it again.
+    void ClosePort();
+    bool isPortOpen() const { return m_serial != nullptr; }
+
+    // The system's words for the last failure, for logs (the operator is told
+    // the error table's text).
+    const QString &lastFailure() const { return m_lastFailure; }
+
+    // The device a port name opens.
+    static QString deviceForPortName(const QString &portName);
+
+private:
+    std::unique_ptr<LineFactory> m_factory;
+    QString m_portName;
+    quint16 m_baseAddress = 0;
+    QString m_udpAddress;
+    QString m_udpPort;
+    std::unique_ptr<SerialLine> m_serial;
+    std::unique_ptr<DatagramLine> m_udp;
+    QString m_lastFailure;
+};
+
+} // namespace kestra

@@ -1,0 +1,150 @@
+#include "support/Formatting.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace kestra {
+
+namespace {
+
+struct Picture {
+    int minIntegerDigits = 0;
+    int decimals = 0;
+};
+
+Picture parsePicture(const QString &picture)
+{
+    Picture p;
+    const qsizetype point = picture.indexOf(QLatin1Char('.'));
+    const QString integerPart = point < 0 ? picture : picture.left(point);
+    const QString decimalPart = point < 0 ? QString() : picture.mid(point + 1);
+    bool seenZero = false;
+    for (QChar c : integerPart) {
+        if (c == QLatin1Char('0')) {
+            seenZero = true;
+            ++p.minIntegerDigits;
+        } else if (c != QLatin1Char('#') || seenZero) {
+            throw std::invalid_argument("unsupported number picture: " + picture.toStdString());
+        }
+    }
+    for (QChar c : decimalPart) {
+        if (c != QLatin1Char('0'))
+            throw std::invalid_argument("unsupported number picture: " + picture.toStdString());
+        ++p.decimals;
+    }
+    if (integerPart.isEmpty() && decimalPart.isEmpty())
+        throw std::invalid_argument("empty number picture");
+    return p;
+}
+
+// Adds one to a string of decimal digits, growing it on a carry out.
+void incrementDigits(std::string &digits)
+{
+    for (auto it = digits.rbegin(); it != digits.rend(); ++it) {
+        if (*it != '9') {
+            ++*it;
+            return;
+        }
+        *it = '0';
+    }
+    digits.insert(digits.begin(), '1');
+}
+
+} // namespace
+
+QString formatFloat(double value, const QString &picture)
+{
+    const Picture p = parsePicture(picture);
+    if (std::isnan(value))
+        return QStringLiteral("NAN");
+    if (std::isinf(value))
+        return value < 0 ? QStringLiteral("-INF") : QStringLiteral("INF");
+
+    // 18 significant digits: "d.ddddddddddddddddde+XX".
+    constexpr int kSignificant = 18;
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*e", kSignificant - 1, value);
+    const std::string text(buffer);
+    const bool negative = text.front() == '-';
+    const std::size_t start = negative ? 1 : 0;
+    const std::size_t ePos = text.find('e');
+    std::string significand;
+    for (std::size_t i = start; i < ePos; ++i) {
+        if (text[i] != '.')
+            significand += text[i];
+    }
+    const int exponent = std::atoi(text.c_str() + ePos + 1);
+
+    // The value is 0.<significand> * 10^(exponent + 1). Keep the digits down to
+    // the last decimal of the picture and round on the next one.
+    const int keep = exponent + 1 + p.decimals;
+    std::string scaled; // the rounded value times 10^decimals
+    if (keep >= kSignificant) {
+        scaled = significand + std::string(static_cast<std::size_t>(keep - kSignificant), '0');
+    } else {
+        if (keep > 0)
+            scaled = significand.substr(0, static_cast<std::size_t>(keep));
+        if (keep >= 0 && significand[static_cast<std::size_t>(keep)] >= '5') {
+            if (scaled.empty())
+                scaled = "0";
+            incrementDigits(scaled);
+        }
+    }
+    if (scaled.empty())
+        scaled = "0";
+
+    const auto decimals = static_cast<std::size_t>(p.decimals);
+    if (scaled.size() < decimals + 1)
+        scaled.insert(0, decimals + 1 - scaled.size(), '0');
+    std::string integerDigits = scaled.substr(0, scaled.size() - decimals);
+    const std::string decimalDigits = scaled.substr(scaled.size() - decimals);
+    const std::size_t firstNonZero = integerDigits.find_first_not_of('0');
+    integerDigits = firstNonZero == std::string::npos ? std::string() : integerDigits.substr(firstNonZero);
+    if (integerDigits.size() < static_cast<std::size_t>(p.minIntegerDigits))
+        integerDigits.insert(0, static_cast<std::size_t>(p.minIntegerDigits) - integerDigits.size(), '0');
+
+    const bool isZero = scaled.find_first_not_of('0') == std::string::npos;
+    std::string out;
+    if (negative && !isZero)
+        out += '-';
+    out += integerDigits;
+    if (decimals > 0) {
+        out += '.';
+        out += decimalDigits;
+    }
+    if (out.empty() || out == "-")
+        out += '0';
+    return QString::fromLatin1(out.data(), static_cast<qsizetype>(out.size()));
+}
+
+QString formatRightAligned(const QString &text, int width)
+{
+    if (width <= 0)
+        return QString();
+    return text.left(width).rightJustified(width, QLatin1Char(' '));
+}
+
+QString formatName(const QString &first, const QString &last, int format)
+{
+    const QString f = first.trimmed();
+    const QString l = last.trimmed();
+    auto join = [](const QString &a, const QString &separator, const QString &b) {
+        if (a.isEmpty())
+            return b;
+        if (b.isEmpty())
+            return a;
+        return a + separator + b;
+    };
+    switch (format) {
+    case 0: return join(f, QStringLiteral(" "), l);
+    case 1: return join(l, QStringLiteral(", "), f);
+    case 2: return join(f.left(1), QStringLiteral(" "), l);
+    case 3: return l;
+    default: return QString();
+    }
+}
+
+} // namespace kestra
