@@ -47,7 +47,8 @@ QByteArray DaktronicsChecksum(QByteArrayView text)
         sum += static_cast<unsigned char>(c);
     static const char digits[] = "0123456789ABCDEF";
     const unsigned low = sum & 0xFFu;
-    return QByteArray{digits[low >> 4], digits[low & 0xFu]};
+    const char pair[2] = {digits[low >> 4], digits[low & 0xFu]};
+    return QByteArray(pair, 2);
 }
 
 namespace {

@@ -11,8 +11,9 @@ namespace kestra {
 //
 // The value is first taken to 18 significant digits (what an extended-
 // precision register holds of it) and that digit string is rounded half away
-// from zero, so 9.4625, held as 9.46249999999999947, gives "9.462". A result
-// that rounds to zero carries no minus sign. Throws std::invalid_argument for
+// from zero: 0.125 gives "0.13" with two decimals, while a score of 9.4625
+// stored as a single float (9.46249961853027344) gives "9.462" with three. A
+// result that rounds to zero carries no minus sign. Throws std::invalid_argument for
 // a picture that is not of this kind.
 QString formatFloat(double value, const QString &picture);
 

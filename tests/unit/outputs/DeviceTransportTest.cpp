@@ -1,0 +1,253 @@
+#include "ScriptedLines.h"
+
+#include "outputs/DebugTrace.h"
+#include "outputs/DeviceTransport.h"
+#include "support/TestSupport.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
+#include <gtest/gtest.h>
+
+using namespace kestra;
+using namespace kestra::test;
+
+TEST(DeviceErrorText, TheWholeTable)
+{
+    const char *texts[] = {
+        "Success",
+        "Timeout waiting for transmit buffer to clear",
+        "Error while sending data",
+        "Error while receiving data",
+        "CheckSum (CRC) error",
+        "Timeout waiting for a response",
+        "Too much data received",
+        "The COM port to use has not been defined",
+        "The COM port base i/o address has not been defined",
+        "Error opening COM port",
+        "Can't open the COM port driver",
+        "Error opening USB port. No Marlowen USB Pylon found",
+    };
+    for (DeviceError code = 0; code < 12; ++code)
+        EXPECT_EQ(DeviceErrorText(code), QString::fromLatin1(texts[code])) << code;
+    EXPECT_EQ(DeviceErrorText(12), QStringLiteral("Unknown error code"));
+    EXPECT_EQ(DeviceErrorText(0xFFFFFFFFu), QStringLiteral("Unknown error code"));
+}
+
+TEST(ShowDeviceError, OneStopBoxWithContextTwoReturnsAndText)
+{
+    RecordingPrompt prompt;
+    ShowDeviceError(prompt, QStringLiteral("Error blanking event score"), 9);
+    ASSERT_EQ(prompt.messages.size(), 1u);
+    const PromptMessage &m = prompt.messages.front();
+    EXPECT_EQ(m.caption, QStringLiteral("Device Communication Error"));
+    EXPECT_EQ(m.text, QStringLiteral("Error blanking event score\r\rError opening COM port"));
+    EXPECT_EQ(m.icon, PromptIcon::Error);
+    EXPECT_EQ(m.buttons, PromptButtons::Ok);
+}
+
+TEST(DaktronicsChecksum, SumModulo256InTwoUpperCaseHexDigits)
+{
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView()), QByteArray("00"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\x0a")), QByteArray("0A"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\xff")), QByteArray("FF"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\x80\x80")), QByteArray("00"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\xff\x02")), QByteArray("01"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArray(256, '\x01')), QByteArray("00"));
+    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("AB")), QByteArray("83"));
+}
+
+TEST(DeviceTransport, PortNamesOpenTheirDevices)
+{
+    const struct {
+        const char *name;
+        const char *device;
+    } cases[] = {
+        {"COM1", "/dev/ttyS0"}, {"COM2", "/dev/ttyS1"}, {"COM3", "/dev/ttyS2"},
+        {"COM4", "/dev/ttyS3"}, {"/dev/ttyUSB0", "/dev/ttyUSB0"}, {"udp", "/dev/udp"},
+        {"com1", "/dev/com1"},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(DeviceTransport::deviceForPortName(QString::fromLatin1(c.name)), QString::fromLatin1(c.device))
+            << c.name;
+    }
+}
+
+TEST(DeviceTransport, CodesSevenAndEightBeforeAnyOpen)
+{
+    ScriptedLineLog log;
+    DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
+    transport.setBaseAddress(760);
+    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::PortNotDefined);
+    transport.setPortName(QStringLiteral("COM2"));
+    transport.setBaseAddress(0);
+    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::BaseAddressNotDefined);
+    EXPECT_TRUE(log.opened.isEmpty());
+    transport.setBaseAddress(744);
+    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::Success);
+    EXPECT_EQ(log.opened, QStringList{QStringLiteral("/dev/ttyS1")});
+}
+
+TEST(DeviceTransport, AMissingDeviceIsCodeNineOnEverySend)
+{
+    TempDir dir;
+    DeviceTransport transport;
+    transport.setBaseAddress(760);
+    for (const QString &name : {dir.file(QStringLiteral("no-such-tty")), QStringLiteral("udp"), QStringLiteral("Udp")}) {
+        transport.setPortName(name);
+        EXPECT_EQ(transport.SendDeviceData("frame"), DeviceErrors::PortOpenFailed) << name.toStdString();
+        EXPECT_EQ(transport.SendDeviceData("frame"), DeviceErrors::PortOpenFailed) << name.toStdString();
+        EXPECT_FALSE(transport.isPortOpen());
+        EXPECT_FALSE(transport.lastFailure().isEmpty());
+    }
+}
+
+TEST(DeviceTransport, OpensLazilyKeepsOpenAndRetriesAFailedOpen)
+{
+    ScriptedLineLog log;
+    auto transport = scriptedTransport(log);
+    EXPECT_FALSE(transport->isPortOpen());
+
+    log.refuseOpen = true;
+    EXPECT_EQ(transport->SendDeviceData("a"), DeviceErrors::PortOpenFailed);
+    EXPECT_EQ(transport->SendDeviceData("b"), DeviceErrors::PortOpenFailed);
+    EXPECT_EQ(log.opened.size(), 2); // no back-off: every send tries again
+
+    log.refuseOpen = false;
+    EXPECT_EQ(transport->SendDeviceData("c"), DeviceErrors::Success);
+    EXPECT_EQ(transport->SendDeviceData("d"), DeviceErrors::Success);
+    EXPECT_EQ(log.opened.size(), 3);
+    EXPECT_EQ(log.written, (QList<QByteArray>{"c", "d"}));
+
+    transport->ClosePort();
+    EXPECT_EQ(log.closes, 1);
+    EXPECT_FALSE(transport->isPortOpen());
+    transport->ClosePort(); // closing a closed port is harmless
+    EXPECT_EQ(log.closes, 1);
+    EXPECT_EQ(transport->SendDeviceData("e"), DeviceErrors::Success);
+    EXPECT_EQ(log.opened.size(), 4);
+}
+
+TEST(DeviceTransport, AFailedWriteIsCodeTwoAndThePortStaysOpen)
+{
+    ScriptedLineLog log;
+    auto transport = scriptedTransport(log);
+    log.writeResults = {true, false, false, true};
+    EXPECT_EQ(transport->SendDeviceData("1"), DeviceErrors::Success);
+    EXPECT_EQ(transport->SendDeviceData("2"), DeviceErrors::SendFailed);
+    EXPECT_EQ(transport->SendDeviceData("3"), DeviceErrors::SendFailed);
+    EXPECT_EQ(transport->SendDeviceData("4"), DeviceErrors::Success);
+    EXPECT_EQ(log.opened.size(), 1);
+    EXPECT_EQ(log.closes, 0);
+    EXPECT_TRUE(transport->isPortOpen());
+}
+
+TEST(DeviceTransport, OpenPortChecksNameThenAddressThenDevice)
+{
+    ScriptedLineLog log;
+    DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
+    EXPECT_EQ(transport.OpenPort(), DeviceErrors::PortNotDefined); // both missing: the name is told
+    transport.setPortName(QStringLiteral("COM3"));
+    EXPECT_EQ(transport.OpenPort(), DeviceErrors::BaseAddressNotDefined);
+    transport.setBaseAddress(1000);
+    log.refuseOpen = true;
+    EXPECT_EQ(transport.OpenPort(), DeviceErrors::PortOpenFailed);
+    log.refuseOpen = false;
+    EXPECT_EQ(transport.OpenPort(), DeviceErrors::Success);
+    EXPECT_EQ(log.opened.last(), QStringLiteral("/dev/ttyS2"));
+}
+
+namespace {
+
+struct Receiver {
+    QUdpSocket socket;
+    Receiver() { EXPECT_TRUE(socket.bind(QHostAddress(QHostAddress::LocalHost), 0)); }
+    QString port() const { return QString::number(socket.localPort()); }
+    QList<QByteArray> take(int count)
+    {
+        QList<QByteArray> got;
+        waitUntil([&] {
+            while (socket.hasPendingDatagrams())
+                got.append(socket.receiveDatagram().data());
+            return got.size() >= count;
+        });
+        return got;
+    }
+};
+
+} // namespace
+
+TEST(DeviceTransport, UdpNeedsNoBaseAddressAndSendsOneDatagramPerFrame)
+{
+    Receiver board;
+    DeviceTransport transport;
+    transport.setPortName(QStringLiteral("UDP"));
+    transport.setBaseAddress(0);
+    transport.setUdpDestination(QStringLiteral("127.0.0.1"), board.port());
+    EXPECT_FALSE(transport.isUdpConnected());
+    EXPECT_EQ(transport.SendDeviceData("first frame"), DeviceErrors::Success);
+    EXPECT_TRUE(transport.isUdpConnected()); // connected on demand
+    EXPECT_EQ(transport.SendDeviceData(QByteArray(5701, 'B')), DeviceErrors::Success);
+    EXPECT_EQ(board.take(2), (QList<QByteArray>{"first frame", QByteArray(5701, 'B')}));
+}
+
+TEST(DeviceTransport, UdpWithAnUnusableDestinationIsCodeTwo)
+{
+    DeviceTransport transport;
+    transport.setPortName(QStringLiteral("UDP"));
+    const struct {
+        const char *address;
+        const char *port;
+    } cases[] = {{"127.0.0.1", "not a port"}, {"127.0.0.1", "0"}, {"127.0.0.1", "70000"}, {"", "12345"}};
+    for (const auto &c : cases) {
+        transport.setUdpDestination(QString::fromLatin1(c.address), QString::fromLatin1(c.port));
+        EXPECT_FALSE(transport.connectUdp()) << c.address << ":" << c.port;
+        EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::SendFailed) << c.address << ":" << c.port;
+        EXPECT_FALSE(transport.lastFailure().isEmpty());
+    }
+}
+
+TEST(DeviceTransport, ChangingTheDestinationReconnectsToTheNewOne)
+{
+    Receiver first;
+    Receiver second;
+    DeviceTransport transport;
+    transport.setPortName(QStringLiteral("UDP"));
+    transport.setUdpDestination(QStringLiteral("127.0.0.1"), first.port());
+    ASSERT_TRUE(transport.connectUdp());
+    transport.setUdpDestination(QStringLiteral("127.0.0.1"), second.port());
+    EXPECT_FALSE(transport.isUdpConnected());
+    EXPECT_EQ(transport.SendDeviceData("to second"), DeviceErrors::Success);
+    EXPECT_EQ(second.take(1), QList<QByteArray>{"to second"});
+    transport.disconnectUdp();
+    EXPECT_FALSE(transport.isUdpConnected());
+}
+
+TEST(DeviceTransport, ADestinationWithNobodyListeningStillCountsAsSent)
+{
+    // One-way traffic: a board that is switched off looks like a working one.
+    quint16 port = 0;
+    {
+        QUdpSocket probe;
+        ASSERT_TRUE(probe.bind(QHostAddress(QHostAddress::LocalHost), 0));
+        port = probe.localPort();
+    }
+    DeviceTransport transport;
+    transport.setPortName(QStringLiteral("UDP"));
+    transport.setUdpDestination(QStringLiteral("127.0.0.1"), QString::number(port));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(transport.SendDeviceData("into the void"), DeviceErrors::Success);
+        QCoreApplication::processEvents();
+    }
+}
+
+TEST(DebugTrace, DefaultPathIsBesideTheProgramOrInTheStateFolder)
+{
+    const QString path = DebugTrace::defaultPath();
+    EXPECT_TRUE(path.endsWith(QStringLiteral("/DebugIOOutput.txt"))) << path.toStdString();
+    const QString besideProgram = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("DebugIOOutput.txt"));
+    const QString inState = qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/Kestra/DebugIOOutput.txt");
+    EXPECT_TRUE(path == besideProgram || path == inState) << path.toStdString();
+}

@@ -1,0 +1,179 @@
+#include "outputs/DisplayRecord.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace kestra;
+
+TEST(DisplayRecord, Is5699SpacesAtStart)
+{
+    DisplayRecord record;
+    EXPECT_EQ(DisplayRecord::size(), 5699);
+    EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
+}
+
+TEST(PackField, CutsOrPadsToExactlyLastIndexPlusOneBytes)
+{
+    QByteArray buffer(12, '#');
+    PackField(buffer.data() + 1, 5, QByteArrayView("ABCDEFGHIJ"));
+    EXPECT_EQ(buffer, QByteArray("#ABCDEF#####"));
+    PackField(buffer.data() + 1, 5, QByteArrayView("XY"));
+    EXPECT_EQ(buffer, QByteArray("#XY    #####"));
+    PackField(buffer.data() + 1, 5, QByteArrayView());
+    EXPECT_EQ(buffer, QByteArray("#      #####"));
+    PackField(buffer.data() + 7, 0, QStringLiteral("Zed"));
+    EXPECT_EQ(buffer, QByteArray("#      Z####"));
+}
+
+TEST(PackField, TextIsSingleByteLatin1)
+{
+    QByteArray buffer(8, '#');
+    PackField(buffer.data(), 7, QStringLiteral("Zo\u00e9 \u20ac"));
+    EXPECT_EQ(buffer, QByteArray("Zo\xe9 ?   "));
+}
+
+TEST(DisplayRecord, RegionsTileTheBlockInOffsetOrder)
+{
+    const struct {
+        Field region;
+        int offset;
+        int length;
+    } expected[] = {
+        {layout::kEventLines, 0, 486},        {layout::kLeaderPages, 486, 1413},
+        {layout::kNcaaGroup1, 1899, 362},     {layout::kEventGyms, 2261, 120},
+        {layout::kLeaderGyms, 2381, 480},     {layout::kNcaaMatrix, 2861, 568},
+        {layout::kEventDBonus, 3429, 36},     {layout::kNcaaGroups2To6, 3465, 1580},
+        {layout::kNcaaEventScores, 5045, 216}, {layout::kNowUpLines, 5261, 420},
+        {layout::kEventEBonus, 5681, 18},
+    };
+    int next = 0;
+    for (const auto &e : expected) {
+        EXPECT_EQ(e.region.offset, e.offset);
+        EXPECT_EQ(e.region.length, e.length);
+        EXPECT_EQ(e.region.offset, next) << "gap or overlap before " << e.offset;
+        next = e.region.end();
+    }
+    EXPECT_EQ(next, 5699);
+    ASSERT_EQ(layout::kRegions.size(), 11u);
+    for (std::size_t i = 0; i < layout::kRegions.size(); ++i)
+        EXPECT_EQ(layout::kRegions[i], expected[i].region);
+}
+
+TEST(DisplayRecord, FieldOffsetsAndWidths)
+{
+    const struct {
+        const char *what;
+        Field field;
+        int offset;
+        int length;
+    } expected[] = {
+        {"slot 1 title", layout::eventTitle(1), 0, 6},
+        {"slot 1 num", layout::eventNum(1), 6, 4},
+        {"slot 1 name", layout::eventName(1), 10, 40},
+        {"slot 1 score", layout::eventScore(1), 50, 6},
+        {"slot 1 dscore", layout::eventDScore(1), 56, 5},
+        {"slot 1 escore", layout::eventEScore(1), 61, 6},
+        {"slot 1 nd", layout::eventND(1), 67, 4},
+        {"slot 2 line", layout::eventLine(2), 81, 81},
+        {"slot 6 line", layout::eventLine(6), 405, 81},
+        {"slot 6 nd", layout::eventND(6), 472, 4},
+        {"slot 1 gym", layout::eventGym(1), 2261, 20},
+        {"slot 6 gym", layout::eventGym(6), 2361, 20},
+        {"slot 1 D bonus", layout::eventDBonus(1), 3429, 6},
+        {"slot 6 D bonus", layout::eventDBonus(6), 3459, 6},
+        {"slot 1 E bonus", layout::eventEBonus(1), 5681, 3},
+        {"slot 6 E bonus", layout::eventEBonus(6), 5696, 3},
+        {"now-up 1 line", layout::nowUpLine(1), 5261, 70},
+        {"now-up 3 line", layout::nowUpLine(3), 5401, 70},
+        {"now-up 6 line", layout::nowUpLine(6), 5611, 70},
+        {"now-up 6 num", layout::nowUpNum(6), 5617, 4},
+        {"now-up 6 name", layout::nowUpName(6), 5621, 40},
+        {"now-up 6 gym", layout::nowUpGym(6), 5661, 20},
+        {"leader 1 page", layout::leaderPage(1), 486, 471},
+        {"leader 2 page", layout::leaderPage(2), 957, 471},
+        {"leader 3 page", layout::leaderPage(3), 1428, 471},
+        {"leader 1 title1", layout::leaderTitle1(1), 486, 20},
+        {"leader 1 title2", layout::leaderTitle2(1), 506, 10},
+        {"leader 1 line 1 rank", layout::leaderRank(1, 1), 516, 2},
+        {"leader 1 line 1 name", layout::leaderName(1, 1), 518, 40},
+        {"leader 1 line 1 score", layout::leaderScore(1, 1), 558, 7},
+        {"leader 3 line 8 score", layout::leaderScore(3, 8), 1843, 7},
+        {"leader 1 gyms", layout::leaderGyms(1), 2381, 160},
+        {"leader 3 gyms", layout::leaderGyms(3), 2701, 160},
+        {"leader 2 line 1 gym", layout::leaderGym(2, 1), 2541, 20},
+        {"leader 3 line 8 gym", layout::leaderGym(3, 8), 2841, 20},
+        {"NCAA 1 team", layout::ncaaTeam(1), 1899, 20},
+        {"NCAA 1 event", layout::ncaaEvent(1), 1919, 6},
+        {"NCAA 1 lineup 1 name", layout::ncaaLineupName(1, 1), 1925, 40},
+        {"NCAA 1 lineup 1 score", layout::ncaaLineupScore(1, 1), 1965, 6},
+        {"NCAA 1 lineup 6 score", layout::ncaaLineupScore(1, 6), 2195, 6},
+        {"NCAA 1 event total", layout::ncaaEventTotal(1), 2201, 7},
+        {"NCAA 1 team total", layout::ncaaTeamTotal(1), 2208, 7},
+        {"NCAA 2 team", layout::ncaaTeam(2), 3465, 20},
+        {"NCAA 3 group", layout::ncaaGroup(3), 3781, 316},
+        {"NCAA 4 group", layout::ncaaGroup(4), 4097, 316},
+        {"NCAA 5 group", layout::ncaaGroup(5), 4413, 316},
+        {"NCAA 6 group", layout::ncaaGroup(6), 4729, 316},
+        {"NCAA 6 team total", layout::ncaaTeamTotal(6), 5038, 7},
+        {"NCAA 1 event score 1", layout::ncaaEventScore(1, 1), 5045, 6},
+        {"NCAA 2 event score 3", layout::ncaaEventScore(2, 3), 5093, 6},
+        {"NCAA 6 event score 6", layout::ncaaEventScore(6, 6), 5255, 6},
+        {"matrix head 1", layout::matrixTitle(1), 2861, 6},
+        {"matrix short 1", layout::matrixShortTitle(1), 2867, 2},
+        {"matrix head 6", layout::matrixTitle(6), 2901, 6},
+        {"matrix row 1 rank", layout::matrixRank(1), 2909, 2},
+        {"matrix row 1 team", layout::matrixTeam(1), 2911, 20},
+        {"matrix row 1 score", layout::matrixTeamScore(1), 2931, 7},
+        {"matrix row 1 event 1", layout::matrixEventScore(1, 1), 2938, 6},
+        {"matrix row 5 rank", layout::matrixRank(5), 3169, 2},
+        {"matrix row 8 event 6", layout::matrixEventScore(8, 6), 3423, 6},
+    };
+    for (const auto &e : expected) {
+        EXPECT_EQ(e.field.offset, e.offset) << e.what;
+        EXPECT_EQ(e.field.length, e.length) << e.what;
+    }
+}
+
+TEST(DisplayRecord, PackWritesOnlyItsFieldAndBlankClears)
+{
+    DisplayRecord record;
+    record.pack(layout::eventName(2), QStringLiteral("A name that is far longer than forty characters in all"));
+    QByteArray expected(5699, ' ');
+    expected.replace(91, 40, "A name that is far longer than forty cha");
+    EXPECT_EQ(record.bytes(), expected);
+    record.blank(layout::eventName(2));
+    EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
+}
+
+TEST(DisplayRecord, FieldsOutsideTheBlockAreRefused)
+{
+    DisplayRecord record;
+    EXPECT_THROW(record.pack(Field{5695, 5}, QStringLiteral("x")), std::out_of_range);
+    EXPECT_THROW(record.pack(layout::eventLine(7), QStringLiteral("x")), std::out_of_range);
+    EXPECT_THROW(record.view(Field{-1, 2}), std::out_of_range);
+    EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
+}
+
+TEST(DisplayRecord, ClearNcaaBlanksTheThreeNcaaRegionsOnly)
+{
+    DisplayRecord record;
+    QByteArray filled(5699, 'x');
+    record.pack(Field{0, 5699}, QByteArrayView(filled));
+    record.clearNcaa();
+    const QByteArray bytes = record.bytes();
+    for (int i = 0; i < 5699; ++i) {
+        const bool ncaa = (i >= 1899 && i < 2261) || (i >= 3465 && i < 5045) || (i >= 5045 && i < 5261);
+        ASSERT_EQ(bytes[i], ncaa ? ' ' : 'x') << "byte " << i;
+    }
+    record.clearAll();
+    EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
+}
+
+TEST(DisplayRecord, TextIsRawWithTrailingSpaces)
+{
+    DisplayRecord record;
+    record.pack(layout::eventTitle(1), QStringLiteral("VAULT"));
+    EXPECT_EQ(record.text(layout::eventTitle(1)), QStringLiteral("VAULT "));
+    EXPECT_EQ(record.read(layout::eventNum(1)), QByteArray("    "));
+}
