@@ -200,7 +200,8 @@ QString DeviceTransport::deviceForPortName(const QString &portName)
     const qsizetype index = com.indexOf(portName);
     if (index >= 0)
         return QStringLiteral("/dev/ttyS%1").arg(index);
-    if (portName.startsWith(QStringLiteral("/dev/")))
+    // /dev/ttyUSB0, /dev/serial/by-id/..., or a link made by socat.
+    if (portName.startsWith(QLatin1Char('/')))
         return portName;
     // Any other name is looked for under /dev, as the serial port layer does.
     return QStringLiteral("/dev/") + portName;

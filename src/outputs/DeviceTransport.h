@@ -87,8 +87,8 @@ public:
     // The program's transport, for the writers the main window makes.
     static DeviceTransport &instance();
 
-    // COMPort: "COM1".."COM4" (/dev/ttyS0../dev/ttyS3), "UDP", or a device
-    // path under /dev/. Empty until the settings are handed over.
+    // COMPort: "COM1".."COM4" (/dev/ttyS0../dev/ttyS3), "UDP", or the path of
+    // a device such as /dev/ttyUSB0. Empty until the settings are handed over.
     void setPortName(const QString &name) { m_portName = name; }
     const QString &portName() const { return m_portName; }
     // BaseAddr: only checked for being non-zero on the serial path.

@@ -82,7 +82,7 @@ int main(int argc, char **argv)
     parser.setApplicationDescription(
         QStringLiteral("Virtual Daktronics board: prints what a board would show as frames arrive."));
     parser.addHelpOption();
-    const QCommandLineOption udpOption(QStringLiteral("udp"), QStringLiteral("Listen for frames on this UDP port."),
+    const QCommandLineOption udpOption(QStringLiteral("udp"), QStringLiteral("Listen for frames on this UDP port (0: any free port)."),
                                        QStringLiteral("PORT"));
     const QCommandLineOption bindOption(QStringLiteral("bind"),
                                         QStringLiteral("Address to listen on (default 0.0.0.0)."),
@@ -107,7 +107,7 @@ int main(int argc, char **argv)
         bool ok = false;
         const uint port = parser.value(udpOption).toUInt(&ok);
         QHostAddress address;
-        if (!ok || port == 0 || port > 65535) {
+        if (!ok || port > 65535) {
             std::fprintf(stderr, "kestra-board: \"%s\" is not a UDP port\n", qPrintable(parser.value(udpOption)));
             return 2;
         }
@@ -129,7 +129,7 @@ int main(int argc, char **argv)
                 board.take(board.datagramDecoder().decodeDatagram(datagram.data()), source);
             }
         });
-        printLine(stdout, QStringLiteral("listening on udp %1:%2").arg(address.toString()).arg(port));
+        printLine(stdout, QStringLiteral("listening on udp %1:%2").arg(address.toString()).arg(udp.localPort()));
     }
 
     QSerialPort serial;

@@ -67,7 +67,7 @@ TEST(DeviceTransport, PortNamesOpenTheirDevices)
     } cases[] = {
         {"COM1", "/dev/ttyS0"}, {"COM2", "/dev/ttyS1"}, {"COM3", "/dev/ttyS2"},
         {"COM4", "/dev/ttyS3"}, {"/dev/ttyUSB0", "/dev/ttyUSB0"}, {"udp", "/dev/udp"},
-        {"com1", "/dev/com1"},
+        {"com1", "/dev/com1"}, {"/tmp/kestra-link/ttyA", "/tmp/kestra-link/ttyA"},
     };
     for (const auto &c : cases) {
         EXPECT_EQ(DeviceTransport::deviceForPortName(QString::fromLatin1(c.name)), QString::fromLatin1(c.device))

@@ -1,0 +1,100 @@
+#include "outputs/DisplayRecord.h"
+#include "outputs/OutputStatus.h"
+#include "ui/frmOutputStatus.h"
+
+#include <QFontInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace kestra;
+
+namespace {
+
+QLabel *label(QWidget &window, const char *name)
+{
+    return window.findChild<QLabel *>(QString::fromLatin1(name));
+}
+
+} // namespace
+
+TEST(OutputStatusWindow, ANonModalWindowWithEveryLabelByName)
+{
+    DisplayRecord record;
+    OutputStatus status(record);
+    frmOutputStatus window(status);
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Output Status"));
+    EXPECT_EQ(window.objectName(), QStringLiteral("frmOutputStatus"));
+    EXPECT_FALSE(window.isModal());
+    EXPECT_EQ(window.findChildren<QGroupBox *>().size(), 17);
+
+    int data = 0;
+    for (const StatusGroup &group : status.groups()) {
+        auto *box = window.findChild<QGroupBox *>(group.name);
+        ASSERT_NE(box, nullptr) << group.name.toStdString();
+        EXPECT_EQ(box->title(), group.caption);
+        for (const StatusCell &cell : group.cells) {
+            QLabel *l = box->findChild<QLabel *>(cell.name);
+            ASSERT_NE(l, nullptr) << cell.name.toStdString();
+            EXPECT_EQ(l->text(), cell.placeholder) << cell.name.toStdString();
+            if (cell.isData) {
+                ++data;
+                EXPECT_TRUE(QFontInfo(l->font()).fixedPitch()) << cell.name.toStdString();
+            }
+        }
+    }
+    EXPECT_EQ(data, 396);
+    EXPECT_EQ(label(window, "lblMatrixTitle3")->text(), QStringLiteral("EVENT3"));
+    EXPECT_EQ(label(window, "lblLeader2Title2")->text(), QStringLiteral("Title2"));
+}
+
+TEST(OutputStatusWindow, LabelsShowTheBlockRawOnceASecondWhileVisible)
+{
+    DisplayRecord record;
+    OutputStatus status(record);
+    frmOutputStatus window(status);
+    record.pack(layout::eventTitle(1), QStringLiteral("VAULT"));
+    record.pack(layout::eventScore(1), QStringLiteral(" 9.650"));
+    record.pack(layout::nowUpName(2), QStringLiteral("Ana Bell"));
+    record.pack(layout::matrixEventScore(8, 6), QStringLiteral("49.100"));
+
+    status.Timer1Timer(); // not shown yet: placeholders stay
+    EXPECT_EQ(label(window, "lblEvent1Title")->text(), QStringLiteral("Event"));
+
+    window.show();
+    EXPECT_TRUE(status.isShown());
+    status.Timer1Timer();
+    EXPECT_EQ(label(window, "lblEvent1Title")->text(), QStringLiteral("VAULT "));
+    EXPECT_EQ(label(window, "lblEvent1Score")->text(), QStringLiteral(" 9.650"));
+    EXPECT_EQ(label(window, "lblNowUp2Name")->text(), QStringLiteral("Ana Bell") + QString(32, QLatin1Char(' ')));
+    EXPECT_EQ(label(window, "lblMatrixRow8E6")->text(), QStringLiteral("49.100"));
+    EXPECT_EQ(label(window, "lblEvent1Num")->text(), QStringLiteral("    "));
+
+    window.hide();
+    EXPECT_FALSE(status.isShown());
+    record.pack(layout::eventTitle(1), QStringLiteral("FLOOR"));
+    status.Timer1Timer();
+    EXPECT_EQ(label(window, "lblEvent1Title")->text(), QStringLiteral("VAULT "));
+}
+
+TEST(OutputStatusWindow, ButtonOneMakesTheWindowOnceThenBringsItBack)
+{
+    DisplayRecord record;
+    OutputStatus status(record);
+    QWidget mainWindow;
+    frmOutputStatus *first = frmOutputStatus::showFor(status, &mainWindow);
+    ASSERT_NE(first, nullptr);
+    EXPECT_TRUE(first->isVisible());
+    first->showMinimized();
+    first->hide();
+    frmOutputStatus *second = frmOutputStatus::showFor(status, &mainWindow);
+    EXPECT_EQ(first, second);
+    EXPECT_TRUE(second->isVisible());
+    EXPECT_FALSE(second->isMinimized());
+    EXPECT_EQ(mainWindow.findChildren<frmOutputStatus *>().size(), 1);
+    EXPECT_TRUE(status.isShown());
+}

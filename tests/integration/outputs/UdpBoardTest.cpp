@@ -1,0 +1,261 @@
+// A score on its way out over UDP on loopback: the line fill routines, the
+// Daktronics writer and the real transport on one side; a socket, the frame
+// decoder and the virtual board tool on the other.
+#include "outputs/BoardDecoder.h"
+#include "outputs/BoardMirror.h"
+#include "outputs/Daktronics.h"
+#include "outputs/DebugTrace.h"
+#include "outputs/DeviceTransport.h"
+#include "outputs/DisplayContext.h"
+#include "outputs/DisplayLines.h"
+#include "outputs/DisplayRecord.h"
+#include "outputs/EventSlot.h"
+#include "outputs/MeetFlags.h"
+#include "support/TestSupport.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QNetworkDatagram>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QUdpSocket>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+// The main window as the line routines see it: four events on side 1, all
+// ticked, Daktronics checked.
+struct FourEvents final : DisplayContext {
+    DisplayWriter *writer = nullptr;
+    mutable RecordingPrompt recorder;
+    int numEvents(int side) const override { return side == 1 ? 4 : 0; }
+    QString eventTitle(int, int n) const override
+    {
+        return QStringList{"Vault", "Bars", "Beam", "Floor"}.value(n - 1);
+    }
+    bool isEventTicked(int, int) const override { return true; }
+    bool isDual() const override { return false; }
+    int nameFormat() const override { return 0; }
+    DisplayWriter *checkedWriter() const override { return writer; }
+    OperatorPrompt &prompt() const override { return recorder; }
+};
+
+EventSlot routine()
+{
+    EventSlot slot;
+    slot.Num = 412;
+    slot.FName = QStringLiteral("Kira");
+    slot.LName = QStringLiteral("Moss");
+    slot.ShortName = QStringLiteral("Valley Twisters");
+    slot.Event = 3;
+    slot.Score = static_cast<double>(9.65f);
+    slot.Start = static_cast<double>(4.1f);
+    slot.BScore = static_cast<double>(5.55f);
+    slot.Adjust = -99;
+    slot.DBonus = static_cast<double>(0.1f);
+    slot.EBonus = -99;
+    return slot;
+}
+
+class Station {
+public:
+    Station(const QString &port)
+    {
+        transport.setPortName(QStringLiteral("UDP"));
+        transport.setUdpDestination(QStringLiteral("127.0.0.1"), port);
+        context.writer = &writer;
+    }
+    DisplayRecord record;
+    DeviceTransport transport;
+    FixedMeetFlags meet;
+    DebugTrace trace;
+    DaktronicsWriter writer{record, transport, meet, trace};
+    FourEvents context;
+    DisplayLines lines{record, context};
+};
+
+QList<QByteArray> receive(QUdpSocket &socket, int count)
+{
+    QList<QByteArray> got;
+    waitUntil([&] {
+        while (socket.hasPendingDatagrams())
+            got.append(socket.receiveDatagram().data());
+        return got.size() >= count;
+    });
+    return got;
+}
+
+} // namespace
+
+TEST(UdpPath, AScoreGoesOutAsOneDatagramPerFrame)
+{
+    QUdpSocket board;
+    ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    Station station(QString::number(board.localPort()));
+    station.meet.useDBonus = true;
+    station.lines.FillEventLine(routine(), 1);
+    ASSERT_TRUE(station.context.recorder.messages.empty());
+
+    const QList<QByteArray> got = receive(board, 3);
+    ASSERT_EQ(got.size(), 3);
+    const QByteArray line = "BEAM  412 Kira Moss                                9.6504.10 5.550               ";
+    ASSERT_EQ(line.size(), 81);
+    EXPECT_EQ(got[0], QByteArray("\x16" "00000000" "\x01" "00401" "00162" "\x02") + line + "\x04" + "8C" + "\x17");
+    EXPECT_EQ(got[1], QByteArray("\x16" "00000000" "\x01" "00401" "02301" "\x02" "Valley Twisters     " "\x04" "04" "\x17"));
+    EXPECT_EQ(got[2], QByteArray("\x16" "00000000" "\x01" "00401" "03441" "\x02" "0.100 " "\x04" "87" "\x17"));
+
+    // What the board makes of them.
+    DaktronicsDecoder decoder;
+    BoardMirror mirror;
+    QStringList shown;
+    for (const QByteArray &datagram : got) {
+        const DecodeResult r = decoder.decodeDatagram(datagram);
+        ASSERT_TRUE(r.errors.isEmpty());
+        for (const BoardFrame &f : r.frames)
+            shown += mirror.apply(f);
+    }
+    ASSERT_FALSE(shown.isEmpty());
+    EXPECT_EQ(shown.last(),
+              QStringLiteral("EVENT 3  BEAM    #412   Kira Moss                   9.650  D 4.10  E 5.550  D+ 0.100  @ Valley Twisters"));
+}
+
+TEST(UdpPath, TheTraceFileHoldsWhatWasSentWithCrLf)
+{
+    TempDir dir;
+    QUdpSocket board;
+    ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    Station station(QString::number(board.localPort()));
+    station.trace.setPath(dir.file(QStringLiteral("DebugIOOutput.txt")));
+    station.trace.setEnabled(true);
+    station.lines.FillNowUpLine(1, 1, QStringLiteral("7"), QStringLiteral("Ana Bell"), QString());
+    station.lines.BlankEventLine(2, 1);
+    const QList<QByteArray> got = receive(board, 3);
+    ASSERT_EQ(got.size(), 3);
+    QFile file(station.trace.path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), got[0] + "\r\n" + got[1] + "\r\n" + got[2] + "\r\n");
+}
+
+namespace {
+
+// kestra-board as a child process.
+class BoardProcess {
+public:
+    explicit BoardProcess(const QStringList &arguments)
+    {
+        const QString program = buildDir() + QStringLiteral("/tools/kestra-board");
+        if (!QFileInfo::exists(program))
+            ADD_FAILURE() << "kestra-board is not built: " << program.toStdString();
+        m_process.start(program, arguments);
+        EXPECT_TRUE(m_process.waitForStarted(5000));
+    }
+    ~BoardProcess()
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.kill();
+            m_process.waitForFinished(5000);
+        }
+    }
+    // Waits for a line of standard output that matches.
+    QString waitForLine(const QString &pattern)
+    {
+        const QRegularExpression re(pattern);
+        QString found;
+        waitUntil([&] {
+            m_out += QString::fromLocal8Bit(m_process.readAllStandardOutput());
+            for (const QString &line : m_out.split(QLatin1Char('\n'))) {
+                if (re.match(line).hasMatch()) {
+                    found = line;
+                    return true;
+                }
+            }
+            return false;
+        });
+        return found;
+    }
+    QString waitForError(const QString &pattern)
+    {
+        QString found;
+        waitUntil([&] {
+            m_err += QString::fromLocal8Bit(m_process.readAllStandardError());
+            if (m_err.contains(pattern))
+                found = m_err;
+            return !found.isEmpty();
+        });
+        return found;
+    }
+    QProcess &process() { return m_process; }
+    const QString &output() const { return m_out; }
+
+private:
+    QProcess m_process;
+    QString m_out;
+    QString m_err;
+};
+
+} // namespace
+
+TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
+{
+    BoardProcess board({QStringLiteral("--udp"), QStringLiteral("0"), QStringLiteral("--bind"),
+                        QStringLiteral("127.0.0.1")});
+    const QString listening = board.waitForLine(QStringLiteral("listening on udp 127\\.0\\.0\\.1:\\d+$"));
+    ASSERT_FALSE(listening.isEmpty()) << board.output().toStdString();
+    const QString port = listening.section(QLatin1Char(':'), -1);
+
+    Station station(port);
+    station.lines.FillEventLine(routine(), 1);
+    const QString line = board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss.*@ Valley Twisters"));
+    EXPECT_TRUE(line.contains(QStringLiteral("9.650"))) << board.output().toStdString();
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\\] ")).match(line).hasMatch())
+        << line.toStdString();
+
+    station.lines.FillNowUpLine(4, 1, QStringLiteral("9"), QStringLiteral("Ana Bell"), QStringLiteral("Harbor"));
+    EXPECT_FALSE(board.waitForLine(QStringLiteral("NOW UP 4  FLOOR +#9 +Ana Bell  @ Harbor")).isEmpty())
+        << board.output().toStdString();
+
+    // A corrupted frame is told on standard error and changes nothing.
+    QByteArray bad("\x16" "00000000" "\x01" "00401" "03429" "\x02" "9.999 " "\x04" "8D" "\x17");
+    ASSERT_EQ(station.transport.SendDeviceData(bad), DeviceErrors::Success);
+    EXPECT_FALSE(board.waitForError(QStringLiteral("bad frame: checksum")).isEmpty());
+
+    ::kill(pid_t(board.process().processId()), SIGINT);
+    ASSERT_TRUE(board.process().waitForFinished(5000));
+    EXPECT_EQ(board.process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(board.process().exitCode(), 0);
+    const QString rest = board.output() + QString::fromLocal8Bit(board.process().readAllStandardOutput());
+    EXPECT_TRUE(rest.contains(QStringLiteral("board closed")));
+    EXPECT_FALSE(rest.contains(QStringLiteral("9.999")));
+}
+
+TEST(VirtualBoard, ReadsASerialLine)
+{
+    PtyPair cable;
+    BoardProcess board({QStringLiteral("--serial"), cable.deviceB()});
+    ASSERT_FALSE(board.waitForLine(QStringLiteral("reading .* at 19200 8N1")).isEmpty());
+    DisplayRecord record;
+    DeviceTransport transport;
+    transport.setPortName(cable.deviceA());
+    transport.setBaseAddress(760);
+    FixedMeetFlags meet;
+    DebugTrace trace;
+    DaktronicsWriter writer(record, transport, meet, trace);
+    record.pack(layout::leaderTitle1(2), QStringLiteral("All-Around"));
+    record.pack(layout::leaderRank(2, 1), QStringLiteral(" 1"));
+    record.pack(layout::leaderName(2, 1), QStringLiteral("Ana Bell"));
+    record.pack(layout::leaderScore(2, 1), QStringLiteral(" 38.450"));
+    record.pack(layout::leaderGym(2, 1), QStringLiteral("Harbor"));
+    ASSERT_EQ(writer.SendDaktronicsLeader(2), DeviceErrors::Success);
+    EXPECT_FALSE(board.waitForLine(QStringLiteral("LEADER 2  All-Around")).isEmpty()) << board.output().toStdString();
+    EXPECT_FALSE(board.waitForLine(QStringLiteral("1  Ana Bell +38\\.450  @ Harbor")).isEmpty())
+        << board.output().toStdString();
+    board.process().terminate();
+    ASSERT_TRUE(board.process().waitForFinished(5000));
+    EXPECT_EQ(board.process().exitCode(), 0);
+}
