@@ -216,6 +216,18 @@ void DeviceTransport::setUdpDestination(const QString &address, const QString &p
     disconnectUdp();
 }
 
+void DeviceTransport::applySettings(const QString &comPort, quint16 baseAddr, const QString &ipAddr,
+                                    const QString &udpPort)
+{
+    if (comPort != m_portName || baseAddr != m_baseAddress)
+        ClosePort();
+    m_portName = comPort;
+    m_baseAddress = baseAddr;
+    setUdpDestination(ipAddr, udpPort);
+    if (m_portName == QStringLiteral("UDP"))
+        connectUdp();
+}
+
 bool DeviceTransport::connectUdp()
 {
     if (isUdpConnected())

@@ -100,6 +100,13 @@ public:
     const QString &udpAddress() const { return m_udpAddress; }
     const QString &udpPort() const { return m_udpPort; }
 
+    // The output settings as the main window hands them over when it is shown
+    // and when the setup window closes: port name, base address and UDP
+    // destination, then a connect when the port name is "UDP". A serial port
+    // open under another name or address is closed, so the next send opens
+    // the new one.
+    void applySettings(const QString &comPort, quint16 baseAddr, const QString &ipAddr, const QString &udpPort);
+
     // The UDP client's connect and disconnect. Connecting twice is harmless.
     bool connectUdp();
     void disconnectUdp();

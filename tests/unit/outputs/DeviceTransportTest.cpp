@@ -251,3 +251,23 @@ TEST(DebugTrace, DefaultPathIsBesideTheProgramOrInTheStateFolder)
     const QString inState = qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/Kestra/DebugIOOutput.txt");
     EXPECT_TRUE(path == besideProgram || path == inState) << path.toStdString();
 }
+
+TEST(DeviceTransport, SettingsConnectUdpAtOnceAndMoveTheSerialPort)
+{
+    Receiver board;
+    ScriptedLineLog log;
+    DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
+    transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("127.0.0.1"), board.port());
+    EXPECT_TRUE(transport.isUdpConnected());
+
+    transport.applySettings(QStringLiteral("COM1"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    EXPECT_FALSE(transport.isUdpConnected()); // destination changed, and serial needs no client
+    ASSERT_EQ(transport.SendDeviceData("a"), DeviceErrors::Success);
+    transport.applySettings(QStringLiteral("COM1"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    EXPECT_TRUE(transport.isPortOpen()); // unchanged settings keep the port
+    transport.applySettings(QStringLiteral("COM3"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    EXPECT_FALSE(transport.isPortOpen());
+    ASSERT_EQ(transport.SendDeviceData("b"), DeviceErrors::Success);
+    EXPECT_EQ(log.opened, (QStringList{QStringLiteral("/dev/ttyS0"), QStringLiteral("/dev/ttyS2")}));
+    EXPECT_EQ(log.closes, 1);
+}
