@@ -1,0 +1,35 @@
+#include "meetdb/StoreError.h"
+
+namespace kestra {
+
+QString backendName(StoreBackend backend)
+{
+    return backend == StoreBackend::Sqlite ? QStringLiteral("SQLite")
+                                           : QStringLiteral("PostgreSQL");
+}
+
+StoreError::StoreError(Kind kind, StoreBackend backend, const QString &message,
+                       const QString &reason, const QString &sqlState)
+    : std::runtime_error(message.toStdString()),
+      m_kind(kind),
+      m_backend(backend),
+      m_message(message),
+      m_reason(reason),
+      m_sqlState(sqlState)
+{
+}
+
+QString kindName(StoreError::Kind kind)
+{
+    switch (kind) {
+    case StoreError::Kind::ConnectionLost:
+        return QStringLiteral("ConnectionLost");
+    case StoreError::Kind::Transport:
+        return QStringLiteral("Transport");
+    case StoreError::Kind::Database:
+        break;
+    }
+    return QStringLiteral("Database");
+}
+
+} // namespace kestra

@@ -1,0 +1,198 @@
+#include "meetdb/SqlDialect.h"
+
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+using namespace kestra;
+
+namespace {
+
+QString lines(const QStringList &l)
+{
+    return l.join(QLatin1Char('\n'));
+}
+
+struct DialectCase {
+    const char *name;
+    QString input;
+    QString sqlite;
+    QString postgres;
+};
+
+// The statement of the score poll, composed line by line as the generator does.
+const QString poll = lines({
+    QStringLiteral("select ScoreQueue.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2"),
+    QStringLiteral("where s.MeetID = 1"),
+    QStringLiteral("and s.EventID = 2"),
+    QStringLiteral("and s.Event = 3"),
+    QStringLiteral("and g1.meetid = s.meetid"),
+    QStringLiteral("and g1.num = s.num"),
+    QStringLiteral("and g1.gym = g2.gymid"),
+    QStringLiteral("and (s.Session = '1'"),
+    QStringLiteral("or s.Session = 'O''B'"),
+    QStringLiteral(")"),
+    QStringLiteral("and s.DataID not in (select DataId from QueueDone where AppID = 4)"),
+    QStringLiteral("order by s.DT"),
+});
+
+std::vector<DialectCase> cases()
+{
+    const QString pollTail = lines({
+        QStringLiteral("where s.MeetID = 1"),
+        QStringLiteral("and s.EventID = 2"),
+        QStringLiteral("and s.Event = 3"),
+        QStringLiteral("and g1.meetid = s.meetid"),
+        QStringLiteral("and g1.num = s.num"),
+        QStringLiteral("and g1.gym = g2.gymid"),
+        QStringLiteral("and (s.Session = '1'"),
+        QStringLiteral("or s.Session = 'O''B'"),
+        QStringLiteral(")"),
+        QStringLiteral("and not exists (select 1 from QueueDone nx1 where (AppID = 4) and nx1.DataId = s.DataID)"),
+        QStringLiteral("order by s.DT"),
+    });
+    return {
+        {"poll statement", poll,
+         QStringLiteral("select s.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2\n") + pollTail,
+         QStringLiteral("select s.*, g2.\"short name\" from ScoreQueue s, Gymnasts g1, Gyms g2\n") + pollTail},
+        {"carriage returns and line feeds between lines",
+         QStringLiteral("select ScoreQueue.* from ScoreQueue s\r\nwhere s.Num = 5\r\n"),
+         QStringLiteral("select s.* from ScoreQueue s\r\nwhere s.Num = 5\r\n"),
+         QStringLiteral("select s.* from ScoreQueue s\r\nwhere s.Num = 5\r\n")},
+        {"table name as qualifier when unaliased stays",
+         QStringLiteral("select distinct Events, Gymnasts.Level, LevelSort from Gymnasts, Levels where gymnasts.level = levels.level"),
+         QStringLiteral("select distinct Events, Gymnasts.Level, LevelSort from Gymnasts, Levels where gymnasts.level = levels.level"),
+         QStringLiteral("select distinct Events, Gymnasts.Level, LevelSort from Gymnasts, Levels where gymnasts.level = levels.level")},
+        {"alias given with as, qualifier in another case",
+         QStringLiteral("select GYMS.GymID from Gyms as g where gyms.Zone = 1"),
+         QStringLiteral("select g.GymID from Gyms as g where g.Zone = 1"),
+         QStringLiteral("select g.GymID from Gyms as g where g.Zone = 1")},
+        {"a subquery that names its own unaliased table keeps it",
+         QStringLiteral("select g.Num from Gymnasts g where exists (select 1 from Gymnasts where Gymnasts.Num = g.Num)"),
+         QStringLiteral("select g.Num from Gymnasts g where exists (select 1 from Gymnasts where Gymnasts.Num = g.Num)"),
+         QStringLiteral("select g.Num from Gymnasts g where exists (select 1 from Gymnasts where Gymnasts.Num = g.Num)")},
+        {"a correlated reference reaches the alias of the outer query",
+         QStringLiteral("select Gymnasts.Num from Gymnasts g where g.Gym in (select GymID from Attend where Attend.MeetID = Gymnasts.MeetID)"),
+         QStringLiteral("select g.Num from Gymnasts g where g.Gym in (select GymID from Attend where Attend.MeetID = g.MeetID)"),
+         QStringLiteral("select g.Num from Gymnasts g where g.Gym in (select GymID from Attend where Attend.MeetID = g.MeetID)")},
+        {"text in quotes is never touched",
+         QStringLiteral("select s.Num from ScoreQueue s where s.FName = 'ScoreQueue.x date ''2024-01-01'' \"A\"'"),
+         QStringLiteral("select s.Num from ScoreQueue s where s.FName = 'ScoreQueue.x date ''2024-01-01'' \"A\"'"),
+         QStringLiteral("select s.Num from ScoreQueue s where s.FName = 'ScoreQueue.x date ''2024-01-01'' \"A\"'")},
+        {"date literals: text on SQLite, kept on PostgreSQL",
+         lines({QStringLiteral("and ("), QStringLiteral("(g1.birthday between date '2010-06-02' and date '2013-06-01')"),
+                QStringLiteral("or"), QStringLiteral("(g1.birthday between DATE '2001-01-01' and date '2005-12-31')"),
+                QStringLiteral(")")}),
+         lines({QStringLiteral("and ("), QStringLiteral("(g1.birthday between '2010-06-02' and '2013-06-01')"),
+                QStringLiteral("or"), QStringLiteral("(g1.birthday between '2001-01-01' and '2005-12-31')"),
+                QStringLiteral(")")}),
+         lines({QStringLiteral("and ("), QStringLiteral("(g1.birthday between date '2010-06-02' and date '2013-06-01')"),
+                QStringLiteral("or"), QStringLiteral("(g1.birthday between DATE '2001-01-01' and date '2005-12-31')"),
+                QStringLiteral(")")})},
+        {"a field called Date is not a literal",
+         QStringLiteral("select t.Date from Transact t where t.Date = '2024-01-01'"),
+         QStringLiteral("select t.Date from Transact t where t.Date = '2024-01-01'"),
+         QStringLiteral("select t.Date from Transact t where t.Date = '2024-01-01'")},
+        {"quoted names fold to the engine's lower case on PostgreSQL only",
+         QStringLiteral("select gyms.\"short name\", g2.\"Official Name\", Gymnasts.\"Level\" from Gyms, Gymnasts, Gyms g2"),
+         QStringLiteral("select gyms.\"short name\", g2.\"Official Name\", Gymnasts.\"Level\" from Gyms, Gymnasts, Gyms g2"),
+         QStringLiteral("select gyms.\"short name\", g2.\"official name\", Gymnasts.\"level\" from Gyms, Gymnasts, Gyms g2")},
+        {"nulls sort below every value on both engines",
+         lines({QStringLiteral("select * from Gymnasts"), QStringLiteral("order by"), QStringLiteral("E1Final DESC, AA DESC")}),
+         lines({QStringLiteral("select * from Gymnasts"), QStringLiteral("order by"), QStringLiteral("E1Final DESC, AA DESC")}),
+         lines({QStringLiteral("select * from Gymnasts"), QStringLiteral("order by"), QStringLiteral("E1Final DESC NULLS LAST, AA DESC NULLS LAST")})},
+        {"ascending items, aliases and nullable fields get NULLS FIRST; never-null fields nothing",
+         QStringLiteral("select Num, coalesce(Team1, '') as T1 from Gymnasts g1, Gyms g2 where g1.Gym = g2.GymID order by Gym, T1 DESC, g2.\"short name\", MeetID, g1.Num"),
+         QStringLiteral("select Num, coalesce(Team1, '') as T1 from Gymnasts g1, Gyms g2 where g1.Gym = g2.GymID order by Gym, T1 DESC, g2.\"short name\", MeetID, g1.Num"),
+         QStringLiteral("select Num, coalesce(Team1, '') as T1 from Gymnasts g1, Gyms g2 where g1.Gym = g2.GymID order by Gym NULLS FIRST, T1 DESC NULLS LAST, g2.\"short name\" NULLS FIRST, MeetID, g1.Num")},
+        {"an order inside a subquery is handled in its own parentheses",
+         QStringLiteral("select * from (select Num from Gymnasts order by Squad) x order by Num"),
+         QStringLiteral("select * from (select Num from Gymnasts order by Squad) x order by Num"),
+         QStringLiteral("select * from (select Num from Gymnasts order by Squad NULLS FIRST) x order by Num NULLS FIRST")},
+        {"not in over a column that may be null stays not in",
+         QStringLiteral("select Num from Gymnasts where Gym not in (select GymID from Attend where MeetID = 1)"),
+         QStringLiteral("select Num from Gymnasts where Gym not in (select GymID from Attend where MeetID = 1)"),
+         QStringLiteral("select Num from Gymnasts where Gym not in (select GymID from Attend where MeetID = 1)")},
+        {"not in over never-null columns: an unqualified operand is qualified for the subquery",
+         QStringLiteral("select Num from Gymnasts where MeetID not in (select MeetID from Meets)"),
+         QStringLiteral("select Num from Gymnasts where not exists (select 1 from Meets nx1 where nx1.MeetID = Gymnasts.MeetID)"),
+         QStringLiteral("select Num from Gymnasts where not exists (select 1 from Meets nx1 where nx1.MeetID = Gymnasts.MeetID)")},
+        {"not in with a list of values is left alone",
+         QStringLiteral("select Num from Gymnasts g1 where g1.Level not in ('5', '6')"),
+         QStringLiteral("select Num from Gymnasts g1 where g1.Level not in ('5', '6')"),
+         QStringLiteral("select Num from Gymnasts g1 where g1.Level not in ('5', '6')")},
+        {"a subquery with distinct is not rewritten",
+         QStringLiteral("select s.Num from ScoreQueue s where s.DataID not in (select distinct DataID from QueueDone)"),
+         QStringLiteral("select s.Num from ScoreQueue s where s.DataID not in (select distinct DataID from QueueDone)"),
+         QStringLiteral("select s.Num from ScoreQueue s where s.DataID not in (select distinct DataID from QueueDone)")},
+        {"a qualified subquery column follows the new alias",
+         QStringLiteral("select ScoreQueue.Num from ScoreQueue s where s.DataID not in (select QueueDone.DataID from QueueDone where QueueDone.AppID = 4)"),
+         QStringLiteral("select s.Num from ScoreQueue s where not exists (select 1 from QueueDone nx1 where (nx1.AppID = 4) and nx1.DataID = s.DataID)"),
+         QStringLiteral("select s.Num from ScoreQueue s where not exists (select 1 from QueueDone nx1 where (nx1.AppID = 4) and nx1.DataID = s.DataID)")},
+        {"comments and double blanks after as pass through",
+         QStringLiteral("select g1.E1Final as  e11final, -- first meet\n g1.AA /* all-around */ from gymnasts g1"),
+         QStringLiteral("select g1.E1Final as  e11final, -- first meet\n g1.AA /* all-around */ from gymnasts g1"),
+         QStringLiteral("select g1.E1Final as  e11final, -- first meet\n g1.AA /* all-around */ from gymnasts g1")},
+        {"booleans, coalesce and in lists pass through",
+         QStringLiteral("select Num from Gymnasts where scratched = FALSE and E1Flag = True and coalesce(Team2, '') <> '' and Session in ('1','2')"),
+         QStringLiteral("select Num from Gymnasts where scratched = FALSE and E1Flag = True and coalesce(Team2, '') <> '' and Session in ('1','2')"),
+         QStringLiteral("select Num from Gymnasts where scratched = FALSE and E1Flag = True and coalesce(Team2, '') <> '' and Session in ('1','2')")},
+    };
+}
+
+} // namespace
+
+TEST(SqlDialect, TranslatesEachFormPerEngine)
+{
+    const SqlDialect sqlite(StoreBackend::Sqlite);
+    const SqlDialect postgres(StoreBackend::Postgres);
+    for (const DialectCase &c : cases()) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(sqlite.translate(c.input).toStdString(), c.sqlite.toStdString());
+        EXPECT_EQ(postgres.translate(c.input).toStdString(), c.postgres.toStdString());
+    }
+}
+
+TEST(SqlDialect, TranslationIsStableWhenAppliedTwice)
+{
+    for (const StoreBackend b : {StoreBackend::Sqlite, StoreBackend::Postgres}) {
+        const SqlDialect dialect(b);
+        for (const DialectCase &c : cases()) {
+            SCOPED_TRACE(c.name);
+            const QString once = dialect.translate(c.input);
+            EXPECT_EQ(dialect.translate(once).toStdString(), once.toStdString());
+        }
+    }
+}
+
+TEST(SqlDialect, TokensCoverTheTextExactly)
+{
+    const QString sql = QStringLiteral("select a.\"x \"\"y\"\"\", 'it''s', 1.5e-3, .5 <> -- c\n/* d */ b::int");
+    QString joined;
+    QStringList texts;
+    for (const auto &t : SqlDialect::tokenize(sql)) {
+        joined += t.text;
+        if (t.type != SqlDialect::Token::Space)
+            texts << t.text;
+    }
+    EXPECT_EQ(joined, sql);
+    EXPECT_EQ(texts, (QStringList{"select", "a", ".", "\"x \"\"y\"\"\"", ",", "'it''s'", ",", "1.5e-3",
+                                  ",", ".5", "<>", "-- c", "/* d */", "b", "::", "int"}));
+}
+
+TEST(SqlDialect, UnterminatedQuotesDoNotLoseText)
+{
+    const SqlDialect dialect(StoreBackend::Postgres);
+    EXPECT_EQ(dialect.translate(QStringLiteral("select 'abc")), QStringLiteral("select 'abc"));
+    EXPECT_EQ(dialect.translate(QStringLiteral("select \"Abc")), QStringLiteral("select \"abc"));
+    EXPECT_EQ(dialect.translate(QString()), QString());
+}
+
+TEST(SqlDialect, QuotesValuesAndNames)
+{
+    EXPECT_EQ(SqlDialect::quoteString(QStringLiteral("O'Brien")), QStringLiteral("'O''Brien'"));
+    EXPECT_EQ(SqlDialect(StoreBackend::Sqlite).quoteName(QStringLiteral("Short Name")),
+              QStringLiteral("\"Short Name\""));
+    EXPECT_EQ(SqlDialect(StoreBackend::Postgres).quoteName(QStringLiteral("Short Name")),
+              QStringLiteral("\"short name\""));
+}
