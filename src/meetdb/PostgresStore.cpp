@@ -327,7 +327,14 @@ PGresult *PostgresStore::exec(PGconn *conn, const QString &sql, const QVariantLi
     if (res && (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_EMPTY_QUERY))
         return res;
 
-    const QString message = QString::fromUtf8(res ? PQresultErrorMessage(res) : PQerrorMessage(conn)).trimmed();
+    QString message;
+    if (res && PQresultErrorField(res, PG_DIAG_MESSAGE_PRIMARY)) {
+        message = QString::fromUtf8(PQresultErrorField(res, PG_DIAG_MESSAGE_PRIMARY));
+        if (const char *detail = PQresultErrorField(res, PG_DIAG_MESSAGE_DETAIL))
+            message += QStringLiteral(" (%1)").arg(QString::fromUtf8(detail));
+    } else {
+        message = QString::fromUtf8(res ? PQresultErrorMessage(res) : PQerrorMessage(conn)).simplified();
+    }
     const QString state = res ? QString::fromLatin1(PQresultErrorField(res, PG_DIAG_SQLSTATE)) : QString();
     PQclear(res);
     const bool lost = PQstatus(conn) == CONNECTION_BAD || state.startsWith(QLatin1String("08"))
