@@ -85,6 +85,27 @@ struct CursorOptions {
     TableCursor *master = nullptr;
     QString masterFields; // "MeetID" or "MeetID;Session"
     QString detailFields; // empty: the same names as masterFields
+
+    // Chainable setters: CursorOptions().orderBy("MeetID;Session").detailOf(meets, "MeetID")
+    CursorOptions &orderBy(const QString &fields)
+    {
+        order = fields;
+        return *this;
+    }
+    CursorOptions &range(const QVariantList &low, const QVariantList &high)
+    {
+        rangeLow = low;
+        rangeHigh = high;
+        return *this;
+    }
+    CursorOptions &detailOf(TableCursor *masterCursor, const QString &masterFieldNames,
+                            const QString &detailFieldNames = {})
+    {
+        master = masterCursor;
+        masterFields = masterFieldNames;
+        detailFields = detailFieldNames;
+        return *this;
+    }
 };
 
 // A table walked in key order, a page of rows at a time: seeks, ranges and

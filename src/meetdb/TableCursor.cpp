@@ -173,11 +173,14 @@ struct TableCursor::State {
         return items.isEmpty() ? QString() : QStringLiteral(" ORDER BY ") + items.join(QStringLiteral(", "));
     }
 
-    std::vector<QVariantList> fetch(const QStringList &extra, QVariantList params, bool descending,
-                                    int limit)
+    // `extra` conditions come after the base ones, and so do their parameters.
+    std::vector<QVariantList> fetch(const QStringList &extra, const QVariantList &extraParams,
+                                    bool descending, int limit)
     {
+        QVariantList params;
         QStringList conds = baseConditions(params);
         conds << extra;
+        params << extraParams;
         QString sql = QStringLiteral("SELECT * FROM %1").arg(q(info.name));
         if (!conds.isEmpty())
             sql += QStringLiteral(" WHERE ") + conds.join(QStringLiteral(" AND "));

@@ -1,0 +1,272 @@
+// Table cursors: order, pages, ranges, seeks, master-detail and refresh on both engines.
+#include "StoreFixture.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+constexpr int MeetOneGymnasts = 400;
+
+class TableCursors : public testing::TestWithParam<StoreBackend> {
+protected:
+    void SetUp() override
+    {
+        f = makeStore(GetParam());
+        MeetStore &s = *f.store;
+        StoreTransaction t(s);
+        s.insertRow(QStringLiteral("Events"), {{"EventID", 1}, {"NumEvents", 4}});
+        s.insertRow(QStringLiteral("Levels"), {{"EventID", 1}, {"Level", "5"}});
+        for (int meet : {1, 2, 3})
+            s.insertRow(QStringLiteral("Meets"), {{"MeetID", meet}, {"Name", QStringLiteral("Meet %1").arg(meet)}});
+        for (int gym = 1; gym <= 150; ++gym) {
+            s.insertRow(QStringLiteral("Gyms"), {{"GymID", gym}});
+            // Every third gym has no short name here; the others repeat, so the
+            // order needs the key to break ties.
+            s.insertRow(QStringLiteral("Attend"),
+                        {{"MeetID", 1}, {"GymID", gym},
+                         {"Short_Name", gym % 3 == 0 ? QVariant() : QVariant(QStringLiteral("Gym%1").arg(gym % 20, 2, 10, QLatin1Char('0')))}});
+        }
+        QList<int> nums;
+        for (int n = 1; n <= MeetOneGymnasts; ++n)
+            nums << n;
+        std::shuffle(nums.begin(), nums.end(), std::mt19937(7)); // not in key order on disk
+        for (int n : nums) {
+            s.insertRow(QStringLiteral("Gymnasts"), {{"MeetID", 1}, {"Num", n}, {"Last_Name", QStringLiteral("Last%1").arg(n)},
+                                                     {"Gym", n % 7 == 0 ? QVariant() : QVariant(1 + n % 150)}, {"Squad", "A"}});
+        }
+        for (int n = 1; n <= 5; ++n)
+            s.insertRow(QStringLiteral("Gymnasts"), {{"MeetID", 2}, {"Num", n * 10}});
+        const int r1 = s.insertRow(QStringLiteral("Rotations"), {{"EventID", 1}, {"Name", "First"}}).toInt();
+        const int r2 = s.insertRow(QStringLiteral("Rotations"), {{"EventID", 1}, {"Name", "Second"}}).toInt();
+        s.insertRow(QStringLiteral("Sessions"), {{"MeetID", 1}, {"Session", "2"}, {"RotationID", r2}});
+        s.insertRow(QStringLiteral("Sessions"), {{"MeetID", 1}, {"Session", "1"}, {"RotationID", r1}});
+        s.insertRow(QStringLiteral("Sessions"), {{"MeetID", 2}, {"Session", "1"}});
+        t.commit();
+    }
+
+    QList<int> walkNums(TableCursor &c)
+    {
+        QList<int> out;
+        for (c.first(); !c.eof(); c.next())
+            out << c.value(QStringLiteral("MeetID")).toInt() * 1000 + c.value(QStringLiteral("Num")).toInt();
+        return out;
+    }
+
+    FreshStore f;
+};
+
+} // namespace
+
+TEST_P(TableCursors, WalkInKeyOrderAcrossPagesBothWays)
+{
+    auto g = f.store->openTable(QStringLiteral("Gymnasts"), CursorOptions().orderBy(QStringLiteral("MeetID;Num")));
+    QList<int> expected;
+    for (int n = 1; n <= MeetOneGymnasts; ++n)
+        expected << 1000 + n;
+    for (int n = 1; n <= 5; ++n)
+        expected << 2000 + n * 10;
+    EXPECT_EQ(walkNums(*g), expected);
+    EXPECT_TRUE(g->eof());
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 50); // next past the end stays on the last row
+
+    QList<int> backwards;
+    for (g->last(); !g->bof(); g->prior())
+        backwards << g->value(QStringLiteral("MeetID")).toInt() * 1000 + g->value(QStringLiteral("Num")).toInt();
+    std::reverse(backwards.begin(), backwards.end());
+    EXPECT_EQ(backwards, expected);
+    EXPECT_EQ(g->recordCount(), MeetOneGymnasts + 5);
+    EXPECT_EQ(g->orderFields(), (QStringList{"MeetID", "Num"}));
+}
+
+TEST_P(TableCursors, RangesKeepToTheKeysBetween)
+{
+    auto g = f.store->openTable(QStringLiteral("Gymnasts"),
+                                CursorOptions().orderBy(QStringLiteral("MeetID;Num")).range({2}, {2}));
+    EXPECT_EQ(walkNums(*g), (QList<int>{2010, 2020, 2030, 2040, 2050}));
+    EXPECT_EQ(g->recordCount(), 5);
+    g->setRange({1, 120}, {1, 130});
+    EXPECT_EQ(g->recordCount(), 11);
+    EXPECT_EQ(walkNums(*g).first(), 1120);
+    // A range wider than a page walks through the later pages inside it.
+    g->setRange({1}, {1});
+    const QList<int> meetOne = walkNums(*g);
+    ASSERT_EQ(meetOne.size(), MeetOneGymnasts);
+    EXPECT_EQ(meetOne.last(), 1000 + MeetOneGymnasts);
+    QList<int> back;
+    for (g->last(); !g->bof(); g->prior())
+        back << g->value(QStringLiteral("Num")).toInt();
+    EXPECT_EQ(back.size(), MeetOneGymnasts);
+    EXPECT_EQ(back.last(), 1);
+    g->setRange({3}, {3});
+    EXPECT_TRUE(g->isEmpty());
+    EXPECT_TRUE(g->eof());
+    EXPECT_FALSE(g->value(QStringLiteral("Num")).isValid()); // an empty table reads null
+    g->cancelRange();
+    EXPECT_EQ(g->recordCount(), MeetOneGymnasts + 5);
+}
+
+TEST_P(TableCursors, SeeksGoToTheDatabaseInsteadOfReadingTheTable)
+{
+    auto g = f.store->openTable(QStringLiteral("Gymnasts"), CursorOptions().orderBy(QStringLiteral("MeetID;Num")));
+    ASSERT_TRUE(g->findKey({1, 321}));
+    EXPECT_EQ(g->value(QStringLiteral("Last_Name")).toString(), QStringLiteral("Last321"));
+    EXPECT_LT(g->rowsFetched(), 200); // a first page and the row sought, not 405 rows
+    g->next();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 322);
+    g->prior();
+    g->prior();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 320);
+
+    EXPECT_FALSE(g->findKey({1, 9999}));
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 320); // a failed seek stays put
+    ASSERT_TRUE(g->findKey({2}));
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 10);
+
+    ASSERT_TRUE(g->locate(QStringLiteral("Last_Name"), {QStringLiteral("Last77")}));
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 77);
+    ASSERT_TRUE(g->locate(QStringLiteral("MeetID;Gym"), {1, QVariant()}));
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 7);
+    EXPECT_FALSE(g->locate(QStringLiteral("Last_Name"), {QStringLiteral("Nobody")}));
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 7);
+    EXPECT_THROW(g->locate(QStringLiteral("NoField"), {1}), StoreError);
+
+    // Seeking by the primary key when no order is given.
+    auto apps = f.store->openTable(QStringLiteral("Meets"));
+    EXPECT_TRUE(apps->findKey({3}));
+    EXPECT_EQ(apps->value(QStringLiteral("Name")).toString(), QStringLiteral("Meet 3"));
+}
+
+TEST_P(TableCursors, DetailsFollowTheirMaster)
+{
+    auto meets = f.store->openTable(QStringLiteral("Meets"));
+    auto sessions = f.store->openTable(
+        QStringLiteral("Sessions"), CursorOptions().orderBy(QStringLiteral("MeetID;Session")).detailOf(meets.get(), QStringLiteral("MeetID")));
+    auto rotations = f.store->openTable(
+        QStringLiteral("Rotations"),
+        CursorOptions().orderBy(QStringLiteral("RotationID")).detailOf(sessions.get(), QStringLiteral("RotationID")));
+
+    meets->first();
+    EXPECT_EQ(sessions->recordCount(), 2);
+    EXPECT_EQ(sessions->value(QStringLiteral("Session")).toString(), QStringLiteral("1"));
+    EXPECT_EQ(rotations->value(QStringLiteral("Name")).toString(), QStringLiteral("First"));
+    sessions->next();
+    EXPECT_EQ(rotations->value(QStringLiteral("Name")).toString(), QStringLiteral("Second"));
+    EXPECT_EQ(rotations->recordCount(), 1);
+
+    meets->next(); // meet 2: one session without a rotation
+    EXPECT_EQ(sessions->recordCount(), 1);
+    EXPECT_TRUE(rotations->isEmpty());
+    meets->next(); // meet 3: no sessions
+    EXPECT_TRUE(sessions->isEmpty());
+    EXPECT_TRUE(sessions->eof());
+    EXPECT_TRUE(rotations->isEmpty());
+    ASSERT_TRUE(meets->findKey({1}));
+    EXPECT_EQ(sessions->value(QStringLiteral("Session")).toString(), QStringLiteral("1"));
+    EXPECT_EQ(rotations->value(QStringLiteral("Name")).toString(), QStringLiteral("First"));
+
+    meets->close();
+    EXPECT_TRUE(sessions->isEmpty());
+    EXPECT_TRUE(rotations->isEmpty());
+}
+
+TEST_P(TableCursors, RefreshKeepsTheRowByKeyAndSeesOtherWriters)
+{
+    auto g = f.store->openTable(QStringLiteral("Gymnasts"),
+                                CursorOptions().orderBy(QStringLiteral("MeetID;Num")).range({1}, {1}));
+    ASSERT_TRUE(g->findKey({1, 120}));
+    auto other = f.openAnother();
+    other->execute(QStringLiteral("update Gymnasts set Squad = 'Z' where MeetID = 1 and Num = 120"));
+    EXPECT_EQ(g->value(QStringLiteral("Squad")).toString(), QStringLiteral("A")); // not read yet
+    g->refresh();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 120);
+    EXPECT_EQ(g->value(QStringLiteral("Squad")).toString(), QStringLiteral("Z"));
+
+    other->execute(QStringLiteral("delete from Gymnasts where MeetID = 1 and Num in (120, 121)"));
+    g->refresh();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 122);
+    g->prior();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 119);
+
+    other->insertRow(QStringLiteral("Gymnasts"), {{"MeetID", 1}, {"Num", 999}});
+    g->last();
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 999);
+    other->execute(QStringLiteral("delete from Gymnasts where MeetID = 1 and Num >= 400"));
+    g->refresh(); // the last row went: the cursor falls back to the new last one
+    EXPECT_EQ(g->value(QStringLiteral("Num")).toInt(), 399);
+    EXPECT_EQ(g->recordCount(), MeetOneGymnasts - 3);
+}
+
+TEST_P(TableCursors, NullableOrderFieldsSortLowAndPageCorrectly)
+{
+    auto a = f.store->openTable(QStringLiteral("Attend"), CursorOptions().orderBy(QStringLiteral("MeetID;Short_Name")));
+    struct Row {
+        QString name;
+        int gym;
+    };
+    QList<Row> expected;
+    for (int gym = 1; gym <= 150; ++gym)
+        expected.append({gym % 3 == 0 ? QString() : QStringLiteral("Gym%1").arg(gym % 20, 2, 10, QLatin1Char('0')), gym});
+    std::sort(expected.begin(), expected.end(), [](const Row &x, const Row &y) {
+        if (x.name.isNull() != y.name.isNull())
+            return x.name.isNull();
+        return x.name != y.name ? x.name < y.name : x.gym < y.gym;
+    });
+    QList<int> want, forward, backward;
+    for (const Row &r : expected)
+        want << r.gym;
+    for (a->first(); !a->eof(); a->next())
+        forward << a->value(QStringLiteral("GymID")).toInt();
+    for (a->last(); !a->bof(); a->prior())
+        backward << a->value(QStringLiteral("GymID")).toInt();
+    std::reverse(backward.begin(), backward.end());
+    EXPECT_EQ(forward, want);
+    EXPECT_EQ(backward, want);
+    EXPECT_EQ(a->recordCount(), 150);
+}
+
+TEST_P(TableCursors, TablesWithoutAKeyAreReadWhole)
+{
+    f.store->insertRow(QStringLiteral("Host"), {{"Name", "Riverside"}, {"LastMeet", 2}});
+    auto host = f.store->openTable(QStringLiteral("Host"));
+    EXPECT_EQ(host->recordCount(), 1);
+    EXPECT_EQ(host->value(QStringLiteral("LastMeet")).toInt(), 2);
+    auto version = f.store->openTable(QStringLiteral("DBVersion"));
+    EXPECT_EQ(version->value(QStringLiteral("Version")).toLongLong(), 0x050A0500);
+    auto empty = f.store->openTable(QStringLiteral("NextID"));
+    EXPECT_TRUE(empty->isEmpty());
+    EXPECT_EQ(empty->recordCount(), 0);
+}
+
+TEST_P(TableCursors, ClosingTheStoreClosesItsCursors)
+{
+    auto g = f.store->openTable(QStringLiteral("Gymnasts"));
+    EXPECT_TRUE(g->hasRow());
+    f.store->close();
+    EXPECT_FALSE(g->isOpen());
+    EXPECT_THROW(g->first(), StoreError);
+    EXPECT_THROW(g->value(QStringLiteral("Num")), StoreError);
+    EXPECT_THROW(f.store->query(QStringLiteral("select 1")), StoreError);
+}
+
+TEST_P(TableCursors, BadTablesAndFieldsAreClearErrors)
+{
+    try {
+        f.store->openTable(QStringLiteral("Gymnast"));
+        ADD_FAILURE() << "opened a table that does not exist";
+    } catch (const StoreError &e) {
+        EXPECT_EQ(e.kind(), StoreError::Kind::Database);
+        EXPECT_TRUE(e.message().contains(QStringLiteral("there is no table Gymnast"))) << e.what();
+    }
+    EXPECT_THROW(f.store->openTable(QStringLiteral("Gymnasts"), CursorOptions().orderBy(QStringLiteral("MeetID;Numb"))),
+                 StoreError);
+    auto meets = f.store->openTable(QStringLiteral("Meets"));
+    EXPECT_THROW(f.store->openTable(QStringLiteral("Sessions"), CursorOptions().detailOf(meets.get(), QStringLiteral("Meet"))),
+                 StoreError);
+}
+
+KESTRA_BOTH_BACKENDS(TableCursors);
