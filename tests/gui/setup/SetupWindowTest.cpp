@@ -1,0 +1,267 @@
+#include "setup/KestraSettings.h"
+#include "setup/SettingsStore.h"
+#include "setup/SetupUnits.h"
+#include "ui/frmSetupUnits.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTimer>
+#include <QToolButton>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+using namespace kestra;
+using kestra::test::TempDir;
+
+namespace {
+
+QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+void press(QWidget *widget, int key, const QString &text = QString())
+{
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &up);
+}
+
+// Replaces the text of an edit by typing, as the operator would.
+void retype(QLineEdit *edit, const QString &text)
+{
+    edit->selectAll();
+    press(edit, Qt::Key_Backspace);
+    for (QChar ch : text)
+        press(edit, ch.isDigit() || ch == QLatin1Char('.') || ch.isLetter() ? Qt::Key_unknown : Qt::Key_Space,
+              QString(ch));
+}
+
+class SetupWindowTest : public testing::Test {
+protected:
+    TempDir dir;
+    SettingsStore key = SettingsStore::kestraKey(dir.path());
+    std::unique_ptr<SetupUnits> logic;
+    std::unique_ptr<frmSetupUnits> window;
+    int portCloses = 0;
+
+    frmSetupUnits &open(const KestraSettings &working = KestraSettings())
+    {
+        logic = std::make_unique<SetupUnits>(working, key, [this] { ++portCloses; });
+        window = std::make_unique<frmSetupUnits>(*logic);
+        return *window;
+    }
+    template <typename T> T *get(const char *name)
+    {
+        T *widget = window->findChild<T *>(S(name));
+        EXPECT_NE(widget, nullptr) << name;
+        return widget;
+    }
+    QStringList labels() const
+    {
+        QStringList out;
+        for (const QLabel *l : window->findChildren<QLabel *>())
+            out.append(l->text());
+        return out;
+    }
+};
+
+} // namespace
+
+TEST_F(SetupWindowTest, TheWindowShowsItsGroupsLabelsAndControlsByName)
+{
+    open();
+    EXPECT_EQ(window->windowTitle(), S("Setup"));
+    EXPECT_TRUE(window->isModal());
+    EXPECT_EQ(get<QLabel>("lblHeading")->text(), S("Setup Units"));
+    QStringList groups;
+    for (const QGroupBox *box : window->findChildren<QGroupBox *>())
+        groups.append(box->title());
+    for (const char *title : {"Communications Setup", "Intervals and Settings", "MySQL Settings for Xpression",
+                              "I/O Base Address", "NCAA Team ID to use", "Name Display Format"})
+        EXPECT_TRUE(groups.contains(S(title))) << title;
+    for (const char *text : {"Interface:", "UDP Port:", "IP Addr:", "Display scores for:", "Minimum", "Maximum",
+                             "NCAA Cycle Rate:", "secs", "MySQL Server IP:", "MySQL Database:", "Username:",
+                             "Password:"})
+        EXPECT_TRUE(labels().contains(S(text))) << text;
+
+    EXPECT_EQ(get<QComboBox>("cboCOMPort")->currentText(), S("COM2"));
+    EXPECT_EQ(get<QComboBox>("cboCOMPort")->count(), 5);
+    EXPECT_TRUE(get<QRadioButton>("rgrpAddrItem1")->isChecked());
+    EXPECT_EQ(get<QRadioButton>("rgrpAddrItem3")->text(), S("2E8"));
+    EXPECT_EQ(get<QLineEdit>("EditPort")->text(), S("12345"));
+    EXPECT_FALSE(get<QLineEdit>("EditPort")->isEnabled());
+    EXPECT_FALSE(get<QLineEdit>("EditIP")->isEnabled());
+    EXPECT_TRUE(get<QGroupBox>("rgrpAddr")->isEnabled());
+    const struct {
+        const char *name;
+        int minimum, maximum, value;
+    } spins[] = {{"EditRefreshMin", 1, 99, 60}, {"EditRefreshMax", 1, 999, 180}, {"EditCycleRate", 1, 99, 20}};
+    for (const auto &s : spins) {
+        auto *spin = get<QSpinBox>(s.name);
+        EXPECT_EQ(spin->minimum(), s.minimum) << s.name;
+        EXPECT_EQ(spin->maximum(), s.maximum) << s.name;
+        EXPECT_EQ(spin->value(), s.value) << s.name;
+    }
+    EXPECT_EQ(get<QCheckBox>("chkSingleNCAA")->text(), S("Use single NCAA lineup block?"));
+    EXPECT_TRUE(get<QCheckBox>("chkSingleNCAA")->isChecked());
+    EXPECT_TRUE(get<QRadioButton>("rgrpTeamItem0")->isChecked());
+    EXPECT_EQ(get<QRadioButton>("rgrpNameFormatItem1")->text(), S("Last, First"));
+    EXPECT_EQ(get<QToolButton>("sbtnHelp")->toolTip(), S("Help"));
+    EXPECT_EQ(get<QToolButton>("sbtnClose")->toolTip(), S("Close Window"));
+    EXPECT_EQ(get<QPushButton>("btnClose")->text(), S("&Close"));
+    for (const char *name : {"EditIPAddr", "EditDatabase", "EditUsername"})
+        EXPECT_EQ(get<QLineEdit>(name)->echoMode(), QLineEdit::Normal) << name;
+
+    auto *password = get<QLineEdit>("EditPassword");
+    retype(password, S("mango"));
+    EXPECT_EQ(password->text(), S("mango"));
+    EXPECT_EQ(password->displayText(), S("*****"));
+}
+
+TEST_F(SetupWindowTest, TheOperatorsActionsReachTheLogicAndItsStateIsDrawn)
+{
+    open();
+    auto *com = get<QComboBox>("cboCOMPort");
+    com->setCurrentIndex(2); // COM3
+    EXPECT_EQ(portCloses, 1);
+    EXPECT_TRUE(get<QRadioButton>("rgrpAddrItem2")->isChecked());
+    com->setCurrentIndex(4); // UDP
+    EXPECT_EQ(portCloses, 2);
+    EXPECT_FALSE(get<QGroupBox>("rgrpAddr")->isEnabled());
+    EXPECT_TRUE(get<QLineEdit>("EditPort")->isEnabled());
+    EXPECT_TRUE(get<QLineEdit>("EditIP")->isEnabled());
+    EXPECT_TRUE(get<QRadioButton>("rgrpAddrItem2")->isChecked()) << "UDP keeps the base address";
+
+    com->setCurrentIndex(0);
+    get<QRadioButton>("rgrpAddrItem3")->click();
+    EXPECT_EQ(portCloses, 4);
+    EXPECT_EQ((*logic)(S("rgrpAddr")).currentIndex(), 3);
+    com->setCurrentIndex(4);
+
+    auto *port = get<QLineEdit>("EditPort");
+    retype(port, S("2x0y01"));
+    EXPECT_EQ(port->text(), S("2001")) << "the mask takes digits only";
+    EXPECT_EQ((*logic)(S("EditPort")).text(), S("2001"));
+    retype(port, S("99999"));
+    EXPECT_EQ(port->text(), S("9999")) << "no more than 65535";
+
+    auto *ip = get<QLineEdit>("EditIP");
+    retype(ip, S("10.0. 0.300"));
+    EXPECT_EQ(ip->text(), S("10.0. 0.30"));
+    press(ip, Qt::Key_Return);
+    EXPECT_EQ(ip->text(), S("10.0.0.30")) << "blanks go when the field is left";
+
+    get<QSpinBox>("EditRefreshMax")->setValue(400);
+    get<QCheckBox>("chkSingleNCAA")->click();
+    get<QRadioButton>("rgrpNameFormatItem3")->click();
+    retype(get<QLineEdit>("EditDatabase"), S("xp"));
+
+    get<QPushButton>("btnClose")->click();
+    EXPECT_EQ(window->result(), QDialog::Accepted);
+    KestraSettings back;
+    back.readAfterSetup(key);
+    EXPECT_EQ(back.COMPort, S("UDP"));
+    EXPECT_EQ(back.BaseAddr, 744);
+    EXPECT_EQ(back.UDPPort, S("9999"));
+    EXPECT_EQ(back.IPAddr, S("10.0.0.30"));
+    EXPECT_EQ(back.IntervalMax, 400);
+    EXPECT_FALSE(back.UseSingleNCAA);
+    EXPECT_EQ(back.NameFormat, 3);
+    EXPECT_EQ(back.MySQLDatabase, S("xp"));
+}
+
+TEST_F(SetupWindowTest, AnUnfinishedAddressGoesBackWhenTheFieldLosesFocus)
+{
+    KestraSettings working;
+    working.COMPort = S("UDP");
+    open(working);
+    window->show();
+    auto *ip = get<QLineEdit>("EditIP");
+    retype(ip, S("192.168."));
+    EXPECT_EQ(ip->text(), S("192.168."));
+    QFocusEvent out(QEvent::FocusOut, Qt::TabFocusReason);
+    QApplication::sendEvent(ip, &out);
+    EXPECT_EQ(ip->text(), S("255.255.255.255"));
+    window->close();
+}
+
+TEST_F(SetupWindowTest, EveryWayOfClosingWritesOnce)
+{
+    const struct {
+        const char *way;
+        std::function<void(frmSetupUnits &)> close;
+    } ways[] = {
+        {"the window's close button", [](frmSetupUnits &w) { w.close(); }},
+        {"Escape", [](frmSetupUnits &w) { press(&w, Qt::Key_Escape); }},
+        {"the Close button", [](frmSetupUnits &w) { w.findChild<QPushButton *>(S("btnClose"))->click(); }},
+    };
+    for (const auto &way : ways) {
+        SCOPED_TRACE(way.way);
+        QFile::remove(key.filePath());
+        KestraSettings working;
+        working.CycleRate = 33;
+        open(working);
+        window->show();
+        way.close(*window);
+        EXPECT_FALSE(window->isVisible());
+        EXPECT_TRUE(logic->isClosed());
+        EXPECT_EQ(key.ReadInteger(S("Options"), S("CycleRate"), 0), 33);
+        // A second close writes nothing more.
+        ASSERT_TRUE(key.WriteInteger(S("Options"), S("CycleRate"), 5));
+        window->show();
+        window->close();
+        EXPECT_EQ(key.ReadInteger(S("Options"), S("CycleRate"), 0), 5);
+    }
+}
+
+TEST_F(SetupWindowTest, ABaseAddressOutsideTheChoicesShowsNoChoice)
+{
+    KestraSettings working;
+    working.BaseAddr = 768;
+    working.COMPort = S("COM7");
+    open(working);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_FALSE(get<QRadioButton>(("rgrpAddrItem" + std::to_string(i)).c_str())->isChecked()) << i;
+    EXPECT_EQ(get<QComboBox>("cboCOMPort")->currentIndex(), -1);
+}
+
+TEST_F(SetupWindowTest, TheSetupCommandShowsTheWindowModallyOverItsOwner)
+{
+    QWidget owner;
+    owner.show();
+    KestraSettings working;
+    working.Interval = 45;
+    bool wasModal = false;
+    QTimer::singleShot(0, [&] {
+        QWidget *shown = QApplication::activeModalWidget();
+        ASSERT_NE(shown, nullptr);
+        wasModal = shown->objectName() == S("frmSetupUnits") && shown->parentWidget() == &owner;
+        shown->findChild<QComboBox *>(S("cboCOMPort"))->setCurrentIndex(4);
+        shown->findChild<QPushButton *>(S("btnClose"))->click();
+    });
+    int closes = 0;
+    EXPECT_TRUE(frmSetupUnits::execute(working, key, [&] { ++closes; }, &owner));
+    EXPECT_TRUE(wasModal);
+    EXPECT_EQ(closes, 1);
+    KestraSettings back;
+    back.readAfterSetup(key);
+    EXPECT_EQ(back.COMPort, S("UDP"));
+    EXPECT_EQ(back.Interval, 45);
+}
