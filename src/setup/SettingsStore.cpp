@@ -126,8 +126,9 @@ SettingsStore::SettingsStore(const QString &filePath) : m_path(filePath) {}
 
 QString SettingsStore::defaultFolder()
 {
+    // A relative path in the variable is to be ignored, as an unset one.
     QString root = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (root.isEmpty())
+    if (root.isEmpty() || QDir::isRelativePath(root))
         root = QDir::homePath() + QStringLiteral("/.config");
     return root + QStringLiteral("/Corvane");
 }

@@ -31,7 +31,7 @@ public:
     explicit SettingsStore(const QString &filePath);
 
     // $XDG_CONFIG_HOME/Corvane, or ~/.config/Corvane when the variable is
-    // unset or empty.
+    // unset, empty or relative.
     static QString defaultFolder();
     // The file of a key: "Software\Corvane\Kestra" is Kestra.ini in the
     // folder, by default defaultFolder().

@@ -1,6 +1,6 @@
 // Several writers at once on one key, as Kestra and the scoring product share
 // the Marlowen key: threads of this process and copies of this test program
-// started as writer processes.
+// started as writer processes, with a reader watching the file throughout.
 #include "setup/SettingsStore.h"
 
 #include "support/TestSupport.h"
@@ -11,7 +11,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QSet>
 
 #include <atomic>
 #include <cstdio>
@@ -27,84 +26,54 @@ namespace {
 
 constexpr const char *WriterEnv = "KESTRA_SETTINGS_WRITER";
 constexpr int WritesPerWriter = 80;
+const char *const Writers[] = {"procA", "procB", "thrA", "thrB", "thrC"};
 
-QString S(const char *text)
+// Writer <w> puts value i into its own section for even i and into a section
+// all writers share for odd i.
+QString sectionOf(const QString &w, int i)
 {
-    return QString::fromUtf8(text);
+    return i % 2 ? QStringLiteral("Shared") : QStringLiteral("Writers\\") + w;
 }
-
-// Writer <prefix> puts value i under its own section for even i and into a
-// section all writers share for odd i, so both a new section and a crowded
-// one are written at the same time by several writers.
-QString sectionOf(const QString &prefix, int i)
+QString nameOf(const QString &w, int i)
 {
-    return i % 2 ? S("Shared") : S("Writers\\") + prefix;
+    return w + QStringLiteral("_") + QString::number(i);
 }
-QString nameOf(const QString &prefix, int i)
+QString valueOf(const QString &w, int i)
 {
-    return prefix + S("_") + QString::number(i);
-}
-QString valueOf(const QString &prefix, int i)
-{
-    return prefix + S(" value ") + QString::number(i * 7919);
+    return w + QStringLiteral(" value ") + QString::number(i * 7919);
 }
 
-bool writeMany(const QString &path, const QString &prefix, int count)
+bool writeMany(const QString &path, const QString &w)
 {
     SettingsStore key(path);
     bool ok = true;
-    for (int i = 0; i < count; ++i)
-        ok = key.WriteString(sectionOf(prefix, i), nameOf(prefix, i), valueOf(prefix, i)) && ok;
+    for (int i = 0; i < WritesPerWriter; ++i)
+        ok = key.WriteString(sectionOf(w, i), nameOf(w, i), valueOf(w, i)) && ok;
     return ok;
 }
 
-// The writer process: this program started with KESTRA_SETTINGS_WRITER set to
-// "<file>\n<prefix>\n<count>" writes and ends before any test runs.
+// Started with KESTRA_SETTINGS_WRITER set to "<file>\n<writer>", this program
+// is a writer process: it writes and ends before any test runs.
 const int writerProcessMode = [] {
-    const QByteArray spec = qgetenv(WriterEnv);
-    if (spec.isEmpty())
+    const QList<QByteArray> args = qgetenv(WriterEnv).split('\n');
+    if (args.size() != 2)
         return 0;
-    const QList<QByteArray> parts = spec.split('\n');
-    const bool ok = parts.size() == 3
-        && writeMany(QString::fromLocal8Bit(parts[0]), QString::fromLocal8Bit(parts[1]), parts[2].toInt());
+    const bool ok = writeMany(QString::fromLocal8Bit(args[0]), QString::fromLocal8Bit(args[1]));
     std::fflush(nullptr);
     std::_Exit(ok ? 0 : 3);
-    return 0;
 }();
 
-std::unique_ptr<QProcess> startWriterProcess(const QString &path, const QString &prefix)
-{
-    auto process = std::make_unique<QProcess>();
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QString::fromLatin1(WriterEnv), path + S("\n") + prefix + S("\n") + QString::number(WritesPerWriter));
-    process->setProcessEnvironment(env);
-    process->setProcessChannelMode(QProcess::ForwardedChannels);
-    process->start(QCoreApplication::applicationFilePath(), {S("--gtest_filter=-*")});
-    return process;
-}
-
-// What a reader may see while the writers run: a whole file, every line of
-// which reads, holding nothing that was not written and never fewer values
-// than it held before.
-struct ReaderFindings {
-    int reads = 0;
-    int unfinished = 0;
-    int unreadableLines = 0;
-    int shrank = 0;
-    int foreign = 0;
-};
-
+// Values in the document, each checked against what its writer wrote.
 int countValues(const SettingsDocument &doc, int &foreign)
 {
     int values = 0;
     for (const QString &section : doc.sections()) {
         for (const QString &name : doc.names(section)) {
             ++values;
-            const QString prefix = name.section(QLatin1Char('_'), 0, 0);
+            const QString w = name.section(QLatin1Char('_'), 0, 0);
             const int i = name.section(QLatin1Char('_'), 1).toInt();
-            if (doc.ReadString(section, name, QString()) != valueOf(prefix, i)
-                || section.compare(sectionOf(prefix, i), Qt::CaseInsensitive) != 0)
-                ++foreign;
+            foreign += doc.ReadString(section, name, QString()) != valueOf(w, i)
+                || section.compare(sectionOf(w, i), Qt::CaseInsensitive) != 0;
         }
     }
     return values;
@@ -112,18 +81,27 @@ int countValues(const SettingsDocument &doc, int &foreign)
 
 } // namespace
 
-TEST(SettingsConcurrency, ThreadsAndProcessesWritingAtOnceLoseNoValue)
+TEST(SettingsConcurrency, ThreadsAndProcessesWritingAtOnceLoseNoValueAndReadersSeeWholeFiles)
 {
     ASSERT_EQ(writerProcessMode, 0);
     TempDir dir;
-    const QString path = dir.file(S("Marlowen.ini"));
+    const QString path = dir.file(QStringLiteral("Marlowen.ini"));
 
     std::vector<std::unique_ptr<QProcess>> processes;
-    for (const char *prefix : {"procA", "procB"})
-        processes.push_back(startWriterProcess(path, S(prefix)));
+    for (const char *w : {Writers[0], Writers[1]}) {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QString::fromLatin1(WriterEnv), path + QStringLiteral("\n") + QString::fromLatin1(w));
+        process->setProcessEnvironment(env);
+        process->setProcessChannelMode(QProcess::ForwardedChannels);
+        process->start(QCoreApplication::applicationFilePath(), {});
+        processes.push_back(std::move(process));
+    }
 
+    // What a reader may see meanwhile: a whole file, every line of which
+    // reads, holding only what was written and never fewer values than before.
     std::atomic<bool> stop{false};
-    ReaderFindings findings;
+    int reads = 0, unfinished = 0, unreadable = 0, shrank = 0, foreign = 0;
     std::thread reader([&] {
         int last = 0;
         while (!stop.load()) {
@@ -131,26 +109,20 @@ TEST(SettingsConcurrency, ThreadsAndProcessesWritingAtOnceLoseNoValue)
             if (!file.open(QIODevice::ReadOnly))
                 continue;
             const QByteArray bytes = file.readAll();
-            ++findings.reads;
-            if (!bytes.isEmpty() && !bytes.endsWith('\n'))
-                ++findings.unfinished;
+            ++reads;
+            unfinished += !bytes.isEmpty() && !bytes.endsWith('\n');
             const SettingsDocument doc = SettingsDocument::parse(bytes);
-            findings.unreadableLines += doc.unreadableLines();
-            const int values = countValues(doc, findings.foreign);
-            if (values < last)
-                ++findings.shrank;
+            unreadable += doc.unreadableLines();
+            const int values = countValues(doc, foreign);
+            shrank += values < last;
             last = values;
         }
     });
 
-    std::vector<std::thread> writers;
     std::atomic<int> failedThreads{0};
-    for (const char *prefix : {"thrA", "thrB", "thrC"}) {
-        writers.emplace_back([&, prefix] {
-            if (!writeMany(path, S(prefix), WritesPerWriter))
-                ++failedThreads;
-        });
-    }
+    std::vector<std::thread> writers;
+    for (const char *w : {Writers[2], Writers[3], Writers[4]})
+        writers.emplace_back([&, w] { failedThreads += !writeMany(path, QString::fromLatin1(w)); });
     for (std::thread &t : writers)
         t.join();
     for (auto &process : processes) {
@@ -162,60 +134,22 @@ TEST(SettingsConcurrency, ThreadsAndProcessesWritingAtOnceLoseNoValue)
     reader.join();
 
     EXPECT_EQ(failedThreads.load(), 0);
-    EXPECT_GT(findings.reads, 0);
-    EXPECT_EQ(findings.unfinished, 0);
-    EXPECT_EQ(findings.unreadableLines, 0);
-    EXPECT_EQ(findings.shrank, 0);
-    EXPECT_EQ(findings.foreign, 0);
+    EXPECT_GT(reads, 0);
+    EXPECT_EQ(unfinished, 0);
+    EXPECT_EQ(unreadable, 0);
+    EXPECT_EQ(shrank, 0);
+    EXPECT_EQ(foreign, 0);
 
     const SettingsDocument final = SettingsStore(path).read();
-    EXPECT_EQ(final.unreadableLines(), 0);
     int missing = 0;
-    for (const char *p : {"procA", "procB", "thrA", "thrB", "thrC"}) {
-        for (int i = 0; i < WritesPerWriter; ++i) {
-            if (final.ReadString(sectionOf(S(p), i), nameOf(S(p), i), QString()) != valueOf(S(p), i))
-                ++missing;
-        }
+    for (const char *w : Writers) {
+        for (int i = 0; i < WritesPerWriter; ++i)
+            missing += final.ReadString(sectionOf(QString::fromLatin1(w), i), nameOf(QString::fromLatin1(w), i),
+                                        QString()) != valueOf(QString::fromLatin1(w), i);
     }
     EXPECT_EQ(missing, 0);
-    int foreign = 0;
     EXPECT_EQ(countValues(final, foreign), 5 * WritesPerWriter);
-    EXPECT_EQ(foreign, 0);
     EXPECT_EQ(final.sections().size(), 6) << "Shared and one section a writer, each once";
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
-              (QStringList{S("Marlowen.ini"), S("Marlowen.ini.lock")}));
-}
-
-TEST(SettingsConcurrency, ReadsThroughTheStoreDuringHeavyWritingSeeWholeFiles)
-{
-    TempDir dir;
-    SettingsStore key(dir.file(S("Kestra.ini")));
-    ASSERT_TRUE(key.WriteString(S("Options"), S("COMPort"), S("UDP")));
-
-    std::atomic<bool> done{false};
-    std::thread writer([&] {
-        // Values that change the file's length and content on every write.
-        for (int i = 0; i < 150; ++i) {
-            key.WriteInteger(S("Options"), S("Interval"), i % 2 ? 7 : 12345);
-            key.WriteString(S("Options"), S("OutputFileName"), QString(i % 40, QLatin1Char('x')));
-        }
-        done = true;
-    });
-    int reads = 0;
-    int wrong = 0;
-    QSet<int> seen;
-    while (!done.load()) {
-        ++reads;
-        const SettingsDocument doc = key.read();
-        if (doc.ReadString(S("Options"), S("ComPort"), S("gone")) != S("UDP") || doc.unreadableLines() != 0)
-            ++wrong;
-        const int interval = doc.ReadInteger(S("Options"), S("Interval"), 7);
-        if (interval != 7 && interval != 12345)
-            ++wrong;
-        seen.insert(interval);
-    }
-    writer.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_GT(reads, 10);
-    EXPECT_EQ(seen.size(), 2) << "the reads saw the writes go on";
+              (QStringList{QStringLiteral("Marlowen.ini"), QStringLiteral("Marlowen.ini.lock")}));
 }
