@@ -1,0 +1,49 @@
+#include "meetdb/RunConnection.h"
+
+namespace kestra {
+
+std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
+                                                OperatorPrompt &prompt, QString *error)
+{
+    auto fail = [error](const QString &why) {
+        if (error)
+            *error = why;
+        return std::unique_ptr<ServerConnection>();
+    };
+
+    auto connection = std::make_unique<ServerConnection>(marlowenKey, prompt);
+    connection->setRemembersChoice(false);
+    if (!server.alias.trimmed().isEmpty())
+        connection->setAlias(server.alias.trimmed());
+    const QString address = server.address.trimmed();
+    if (!address.isEmpty()) {
+        ServerEntry entry;
+        entry.Name = address;
+        entry.Host = address;
+        connection->setFixedEntry(entry);
+    } else {
+        QString name = server.serverName.trimmed();
+        if (name.isEmpty())
+            name = RegisteredServers(marlowenKey).currentServerName();
+        if (name.isEmpty())
+            return fail(QStringLiteral("no meet server is chosen: name a registered server or give an address"));
+        connection->setCurrentServerName(name);
+    }
+
+    try {
+        if (connection->connectAtStartup())
+            return connection;
+    } catch (const StoreError &e) {
+        return fail(e.message());
+    } catch (const std::exception &e) {
+        return fail(QString::fromLocal8Bit(e.what()));
+    }
+    QString why = connection->lastRefusal();
+    if (why.isEmpty())
+        why = QStringLiteral("could not connect to the server \"%1\"").arg(connection->currentServerName());
+    if (why.startsWith(QLatin1String("Kestra was unable to connect")))
+        why += QLatin1Char(' ') + connection->reason();
+    return fail(why);
+}
+
+} // namespace kestra

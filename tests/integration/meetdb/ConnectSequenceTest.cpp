@@ -1,0 +1,398 @@
+#include "meetdb/LostConnection.h"
+#include "meetdb/RunConnection.h"
+#include "meetdb/ServerConnection.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+const QString WrongServer = QStringLiteral("Would you like to select a different server?");
+const QString LocateOrCreate = QStringLiteral(
+    "Would you like to try to locate a different server?  If not, please run Marlowen to create a new database.");
+
+// A meet database that passes every check, on one backend, and the
+// scoring product's key with the list of servers.
+struct World {
+    explicit World(StoreBackend b) : backend(b), key(SettingsStore::marlowenKey(settingsDir.path()))
+    {
+        if (backend == StoreBackend::Postgres) {
+            const Endpoint pg = sharedPostgres();
+            alias = createPostgresDatabase(QStringLiteral("kt_conn"));
+            address = QStringLiteral("%1:%2").arg(pg.host).arg(pg.port);
+            unreachable = QStringLiteral("127.0.0.1:1");
+            admin = MeetStore::forAddress(address);
+        } else {
+            alias = QStringLiteral("Marlowen");
+            address = storeDir.path();
+            unreachable = storeDir.file(QStringLiteral("no such folder"));
+            admin = MeetStore::forAddress(address);
+            admin->createDatabase(alias);
+        }
+        admin->connect();
+        admin->openDatabase(alias);
+        MeetSchema::create(*admin);
+    }
+
+    void registerServers(const QList<ServerEntry> &list, const QString &current)
+    {
+        RegisteredServers servers(key);
+        ASSERT_TRUE(servers.rewrite(list));
+        ASSERT_TRUE(servers.setCurrentServerName(current));
+    }
+    void setVersion(quint32 version)
+    {
+        admin->executeNative(QStringLiteral("update DBVersion set Version = ?"), {qint64(version)});
+    }
+    std::unique_ptr<ServerConnection> connection(RecordingPrompt &prompt)
+    {
+        auto c = std::make_unique<ServerConnection>(key, prompt);
+        c->setAlias(alias);
+        c->setTitleUpdater([this] { ++titleUpdates; });
+        return c;
+    }
+    QString storedName() const { return RegisteredServers(key).currentServerName(); }
+
+    StoreBackend backend;
+    TempDir settingsDir;
+    TempDir storeDir;
+    SettingsStore key;
+    QString alias;
+    QString address;
+    QString unreachable;
+    std::unique_ptr<MeetStore> admin;
+    int titleUpdates = 0;
+};
+
+class ConnectSequence : public testing::TestWithParam<StoreBackend> {};
+
+std::string backendLabel(const testing::TestParamInfo<StoreBackend> &info)
+{
+    return info.param == StoreBackend::Sqlite ? "SQLite" : "PostgreSQL";
+}
+
+} // namespace
+
+TEST_P(ConnectSequence, AGoodServerConnectsWithoutADialog)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, QStringLiteral("Arena"));
+    RecordingPrompt prompt;
+    auto c = w.connection(prompt);
+    ASSERT_TRUE(c->connectAtStartup());
+    EXPECT_TRUE(prompt.messages.empty());
+    EXPECT_TRUE(c->isConnected());
+    EXPECT_EQ(c->currentServerName(), QStringLiteral("Arena"));
+    EXPECT_EQ(w.titleUpdates, 1);
+    EXPECT_EQ(c->store().query(QStringLiteral("select Version from DBVersion")).value(0).toLongLong(), 0x050A0500);
+}
+
+TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
+{
+    const struct {
+        const char *label;
+        std::function<void(World &, ServerConnection &)> arrange;
+        const char *caption;
+        PromptIcon icon;
+        QString instruction;
+        QString text;
+    } cases[] = {
+        {"name in another case", [](World &w, ServerConnection &) { w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, "ARENA"); },
+         "Marlowen Server Connection", PromptIcon::Error,
+         "Kestra was unable to find the server \"ARENA\" in the list of registered servers.", WrongServer},
+        {"address unreachable", [](World &w, ServerConnection &) { w.registerServers({{"Arena", "", w.unreachable, ""}}, "Arena"); },
+         "Marlowen Server Connection", PromptIcon::Error, "Kestra was unable to connect to the server \"Arena\".",
+         WrongServer},
+        {"alias missing", [](World &w, ServerConnection &c) { c.setAlias(w.alias + "_absent"); },
+         "Marlowen Server Connection", PromptIcon::Question,
+         "The \"Marlowen\" database alias could not be found on the server \"Arena\".", LocateOrCreate},
+        {"DBVersion missing", [](World &w, ServerConnection &) { w.admin->executeNative("drop table DBVersion"); },
+         "Marlowen Server Connection", PromptIcon::Question,
+         "The \"Marlowen\" database alias on the server \"Arena\" is not properly configured and cannot be used.",
+         LocateOrCreate},
+        {"older database", [](World &w, ServerConnection &) { w.setVersion(0x050A0400); },
+         "Database Version Mismatch", PromptIcon::Warning,
+         "The database version you are accessing on the server \"Arena\" is older than the database version that "
+         "Kestra is expecting.",
+         "Database version accessed: 5.10.4.0\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
+         "your version of Kestra is newer than the version of Marlowen that was used to create the database.  You "
+         "should run Marlowen to update the database to the current version.\\n\\nWould you like to select a "
+         "different Marlowen Database on a different server?"},
+        {"newer database", [](World &w, ServerConnection &) { w.setVersion(0x050A0501); },
+         "Database Version Mismatch", PromptIcon::Warning,
+         "The database version you are accessing on the server \"Arena\" is newer than the database version that "
+         "Kestra is expecting.",
+         "Database version accessed: 5.10.5.1\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
+         "your version of Kestra is older than the version of Marlowen that was used to create the database.  You "
+         "should consider updating Kestra to the most current version.  Please visit www.corvane.com for more "
+         "information.\\n\\nWould you like to select a different Marlowen Database on a different server?"},
+        {"a far newer database", [](World &w, ServerConnection &) { w.setVersion(0xFF000000); },
+         "Database Version Mismatch", PromptIcon::Warning,
+         "The database version you are accessing on the server \"Arena\" is newer than the database version that "
+         "Kestra is expecting.",
+         "Database version accessed: 255.0.0.0\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
+         "your version of Kestra is older than the version of Marlowen that was used to create the database.  You "
+         "should consider updating Kestra to the most current version.  Please visit www.corvane.com for more "
+         "information.\\n\\nWould you like to select a different Marlowen Database on a different server?"},
+    };
+    for (const auto &k : cases) {
+        SCOPED_TRACE(k.label);
+        World w(GetParam());
+        w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, QStringLiteral("Arena"));
+        RecordingPrompt prompt;
+        auto c = w.connection(prompt);
+        int chooserCalls = 0;
+        c->setChooser([&](SettingsStore &) -> std::optional<QString> { ++chooserCalls; return std::nullopt; });
+        k.arrange(w, *c);
+        const QString before = w.storedName();
+
+        EXPECT_FALSE(c->connectAtStartup());
+        ASSERT_EQ(prompt.messages.size(), 1u);
+        const PromptMessage &m = prompt.messages.front();
+        EXPECT_EQ(m.caption, QString::fromLatin1(k.caption));
+        EXPECT_EQ(m.icon, k.icon);
+        EXPECT_EQ(m.buttons, PromptButtons::YesNoDefaultNo);
+        EXPECT_EQ(m.instruction, k.instruction);
+        EXPECT_EQ(m.text, k.text);
+        EXPECT_EQ(chooserCalls, 0) << "No gives up without the server list";
+        EXPECT_FALSE(c->isConnected());
+        EXPECT_EQ(w.storedName(), before);
+        EXPECT_EQ(w.titleUpdates, 0);
+    }
+}
+
+TEST_P(ConnectSequence, AnUnreachableServerTellsTheReasonBehindAnExpander)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
+    RecordingPrompt prompt;
+    auto c = w.connection(prompt);
+    EXPECT_FALSE(c->connectAtStartup());
+    ASSERT_EQ(prompt.messages.size(), 1u);
+    const PromptMessage &m = prompt.messages.front();
+    EXPECT_EQ(m.detailsCollapsedLabel, QStringLiteral("Show reason"));
+    EXPECT_EQ(m.detailsExpandedLabel, QStringLiteral("Hide reason"));
+    EXPECT_TRUE(m.details.startsWith(QStringLiteral("The reason is:\r"))) << m.details.toStdString();
+    EXPECT_TRUE(m.details.contains(w.unreachable)) << m.details.toStdString();
+    EXPECT_EQ(m.details, QStringLiteral("The reason is:\r") + c->reason());
+}
+
+TEST_P(ConnectSequence, YesOpensTheServerListAndTheChoiceIsStoredBeforeItIsTried)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.unreachable, ""}, {"Backup", "", w.address, "Local PC"}},
+                      QStringLiteral("Arena"));
+    RecordingPrompt prompt;
+    prompt.queueAnswer(PromptAnswer::Yes);
+    auto c = w.connection(prompt);
+    QString storedWhenChosen;
+    c->setChooser([&](SettingsStore &key) -> std::optional<QString> {
+        storedWhenChosen = RegisteredServers(key).currentServerName();
+        return QStringLiteral("Backup");
+    });
+    ASSERT_TRUE(c->connectAtStartup());
+    EXPECT_EQ(prompt.messages.size(), 1u);
+    EXPECT_EQ(storedWhenChosen, QStringLiteral("Arena"));
+    EXPECT_EQ(c->currentServerName(), QStringLiteral("Backup"));
+    EXPECT_EQ(w.storedName(), QStringLiteral("Backup"));
+    EXPECT_TRUE(c->isConnected());
+    EXPECT_EQ(w.titleUpdates, 2) << "once for the choice, once for the connection";
+
+    // A bad choice is remembered: the next start goes straight to its dialog.
+    RecordingPrompt again;
+    w.registerServers({{"Backup", "", w.unreachable, ""}}, QStringLiteral("Backup"));
+    auto next = w.connection(again);
+    EXPECT_FALSE(next->connectAtStartup());
+    ASSERT_EQ(again.messages.size(), 1u);
+    EXPECT_EQ(again.messages.front().instruction, QStringLiteral("Kestra was unable to connect to the server \"Backup\"."));
+}
+
+TEST_P(ConnectSequence, CancelInTheListAtStartGivesUp)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.address, ""}}, QString());
+    RecordingPrompt prompt;
+    auto c = w.connection(prompt);
+    int chooserCalls = 0;
+    c->setChooser([&](SettingsStore &) -> std::optional<QString> { ++chooserCalls; return std::nullopt; });
+    EXPECT_FALSE(c->connectAtStartup());
+    EXPECT_EQ(chooserCalls, 1);
+    EXPECT_TRUE(prompt.messages.empty()) << "an empty name and Cancel end without a dialog";
+
+    // Yes to a dialog and then Cancel gives up as well.
+    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
+    prompt.queueAnswer(PromptAnswer::Yes);
+    auto d = w.connection(prompt);
+    d->setChooser([&](SettingsStore &) -> std::optional<QString> { ++chooserCalls; return std::nullopt; });
+    EXPECT_FALSE(d->connectAtStartup());
+    EXPECT_EQ(chooserCalls, 2);
+    EXPECT_EQ(prompt.messages.size(), 1u);
+}
+
+TEST_P(ConnectSequence, ChangeServerWithCancelReconnectsToTheServerInUse)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.address, ""}}, QStringLiteral("Arena"));
+    RecordingPrompt prompt;
+    auto c = w.connection(prompt);
+    ASSERT_TRUE(c->connectAtStartup());
+    c->setChooser([](SettingsStore &) -> std::optional<QString> { return std::nullopt; });
+    EXPECT_TRUE(c->changeServer());
+    EXPECT_TRUE(c->isConnected());
+    EXPECT_EQ(c->currentServerName(), QStringLiteral("Arena"));
+    EXPECT_TRUE(prompt.messages.empty());
+
+    // With the server gone meanwhile, its dialog comes, and No ends the program.
+    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
+    EXPECT_FALSE(c->changeServer());
+    EXPECT_FALSE(c->isConnected());
+    ASSERT_EQ(prompt.messages.size(), 1u);
+    EXPECT_EQ(prompt.messages.front().instruction, QStringLiteral("Kestra was unable to connect to the server \"Arena\"."));
+}
+
+TEST_P(ConnectSequence, ARunConnectsByNameOrAddressAndWritesNothingShared)
+{
+    World w(GetParam());
+    w.registerServers({{"Arena", "", w.address, ""}}, QStringLiteral("Elsewhere"));
+    RecordingPrompt prompt;
+    QString error;
+
+    auto byName = connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error);
+    ASSERT_TRUE(byName) << error.toStdString();
+    EXPECT_TRUE(byName->isConnected());
+    EXPECT_EQ(byName->currentServerName(), QStringLiteral("Arena"));
+
+    auto byAddress = connectForRun({w.address, QString(), w.alias}, w.key, prompt, &error);
+    ASSERT_TRUE(byAddress) << error.toStdString();
+    EXPECT_EQ(byAddress->currentServerName(), w.address);
+    EXPECT_TRUE(prompt.messages.empty());
+    EXPECT_EQ(w.storedName(), QStringLiteral("Elsewhere"));
+
+    // Every dialog is answered No; the reason comes back as one line.
+    const struct {
+        RunServer server;
+        QString errorStart;
+    } failures[] = {
+        {{QString(), QString(), w.alias}, "no meet server is chosen"},
+        {{QString(), QStringLiteral("Nowhere"), w.alias}, "Kestra was unable to find the server \"Nowhere\""},
+        {{w.unreachable, QString(), w.alias}, "Kestra was unable to connect to the server"},
+        {{w.address, QString(), w.alias + QStringLiteral("_absent")}, "The \"Marlowen\" database alias could not be found"},
+    };
+    for (const auto &f : failures) {
+        error.clear();
+        if (f.server.serverName.isEmpty() && f.server.address.isEmpty()) {
+            ASSERT_TRUE(RegisteredServers(w.key).setCurrentServerName(QString()));
+        }
+        EXPECT_FALSE(connectForRun(f.server, w.key, prompt, &error));
+        EXPECT_TRUE(error.startsWith(f.errorStart)) << error.toStdString();
+    }
+    w.setVersion(0x050A0400);
+    EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, ConnectSequence,
+                         testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres), backendLabel);
+
+TEST(ConnectSequenceOnPostgres, TheAddressWinsAndTheHostNameIsTheFallback)
+{
+    World w(StoreBackend::Postgres);
+    const int port = sharedPostgres().port;
+    const QString host = QStringLiteral("localhost:%1").arg(port);
+    const struct {
+        const char *ip;
+        QString expectedAddress;
+    } cases[] = {
+        {"127.0.0.1", QStringLiteral("127.0.0.1:%1").arg(port)},
+        {"127.0.0.2", QStringLiteral("localhost:%1").arg(port)}, // nothing listens there: refused at once
+        {"", QStringLiteral("localhost:%1").arg(port)},
+    };
+    for (const auto &k : cases) {
+        w.registerServers({{"Arena", k.ip, host, "LAN / WAN"}}, QStringLiteral("Arena"));
+        RecordingPrompt prompt;
+        auto c = w.connection(prompt);
+        ASSERT_TRUE(c->connectAtStartup()) << k.ip;
+        EXPECT_TRUE(prompt.messages.empty()) << k.ip;
+        EXPECT_EQ(c->connectedAddress(), k.expectedAddress) << k.ip;
+    }
+}
+
+TEST(ConnectSequenceOnPostgres, WhenBothFailTheReasonIsTheLastAttempts)
+{
+    World w(StoreBackend::Postgres);
+    w.registerServers({{"Arena", "127.0.0.2", "127.0.0.1:1", ""}, {"Empty", "", "", ""}}, QStringLiteral("Arena"));
+    RecordingPrompt prompt;
+    prompt.queueAnswer(PromptAnswer::Yes);
+    auto c = w.connection(prompt);
+    c->setChooser([](SettingsStore &) -> std::optional<QString> { return QStringLiteral("Empty"); });
+    EXPECT_FALSE(c->connectAtStartup());
+    ASSERT_EQ(prompt.messages.size(), 2u);
+    const QString first = prompt.messages[0].details;
+    EXPECT_TRUE(first.contains(QStringLiteral("127.0.0.1:1"))) << first.toStdString();
+    EXPECT_FALSE(first.contains(QStringLiteral("127.0.0.2"))) << first.toStdString();
+    // An entry with neither address tries nothing and shows what was left.
+    EXPECT_EQ(prompt.messages[1].instruction, QStringLiteral("Kestra was unable to connect to the server \"Empty\"."));
+    EXPECT_EQ(prompt.messages[1].details, first);
+}
+
+TEST(LostConnection, AServerStoppedUnderARunningQueryRestartsTheProgram)
+{
+    PrivatePostgres server;
+    const Endpoint e = server.endpoint();
+    postgresExec(e, QStringLiteral("postgres"), QStringLiteral("create database marlowen"));
+    const QString address = QStringLiteral("127.0.0.1:%1").arg(e.port);
+    {
+        auto admin = MeetStore::forAddress(address);
+        admin->connect();
+        admin->openDatabase();
+        MeetSchema::create(*admin);
+    }
+    TempDir settings;
+    SettingsStore key = SettingsStore::marlowenKey(settings.path());
+    ASSERT_TRUE(RegisteredServers(key).rewrite({{"Arena East", "", address, "LAN / WAN"}}));
+    ASSERT_TRUE(RegisteredServers(key).setCurrentServerName(QStringLiteral("Arena East")));
+
+    RecordingPrompt prompt;
+    ServerConnection connection(key, prompt);
+    ASSERT_TRUE(connection.connectAtStartup());
+
+    std::vector<std::string> order;
+    LostConnectionHandler handler(prompt, {[&] { order.push_back("timers off"); },
+                                           [&] { return connection.currentServerName(); },
+                                           [&] { order.push_back("restart"); },
+                                           {}});
+    prompt.setWhileShown([&](const PromptMessage &) { order.push_back("message"); });
+
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        server.stop();
+    });
+    const bool ran = handler.guard([&] { connection.store().queryNative(QStringLiteral("select pg_sleep(30)")); });
+    stopper.join();
+
+    EXPECT_FALSE(ran);
+    EXPECT_TRUE(handler.isRestarting());
+    EXPECT_EQ(order, (std::vector<std::string>{"timers off", "message", "restart"}));
+    ASSERT_EQ(prompt.messages.size(), 1u);
+    const PromptMessage &m = prompt.messages.front();
+    EXPECT_EQ(m.caption, QStringLiteral("Marlowen Server Connection"));
+    EXPECT_EQ(m.icon, PromptIcon::Error);
+    EXPECT_EQ(m.buttons, PromptButtons::Ok);
+    EXPECT_EQ(m.text, QStringLiteral("Kestra is no longer able to communicate with the server \"Arena East\".\r"
+                                     "The connection to the server has been lost.\r\rKestra will now be restarted."));
+
+    // The next timer tick fails the same way while the restart is under way: dropped.
+    EXPECT_FALSE(handler.guard([&] { connection.store().query(QStringLiteral("select * from Host")); }));
+    EXPECT_EQ(prompt.messages.size(), 1u);
+    EXPECT_EQ(order.size(), 3u);
+}
