@@ -1,0 +1,276 @@
+#include "generator/NowUpParse.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <ostream>
+
+using namespace kestra;
+
+namespace kestra {
+void PrintTo(const NowUpAction &a, std::ostream *os)
+{
+    *os << "{event " << a.eventNumber << ", num \"" << a.num.toStdString() << "\", name \""
+        << a.name.toStdString() << "\", gym \"" << a.gym.toStdString() << "\"}";
+}
+} // namespace kestra
+
+namespace {
+
+NowUpAction fill(int event, const char *num, const char *name, const char *gym = "")
+{
+    return {event, QString::fromUtf8(num), QString::fromUtf8(name), QString::fromUtf8(gym)};
+}
+
+NowUpAction clear(int event)
+{
+    return {event, QString(), QString(), QString()};
+}
+
+struct Case {
+    const char *what;
+    QByteArray datagram;
+    std::optional<NowUpAction> action;
+    NowUpFault fault = NowUpFault::None;
+};
+
+void check(const Case &c, const NowUpParse &got)
+{
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(got.action, c.action) << c.datagram.toStdString();
+    EXPECT_EQ(got.fault, c.fault) << c.datagram.toStdString() << " -> " << got.detail.toStdString();
+    EXPECT_EQ(got.fault == NowUpFault::None, got.detail.isEmpty());
+}
+
+QByteArray nowUp(const QByteArray &attributes, const QByteArray &children = "<Gym>Harbor Gym</Gym>")
+{
+    return "<NowUp " + attributes + ">" + children + "</NowUp>";
+}
+
+const QByteArray kAnn = R"(Ev_Num="2" Num="105" FName="Ann" LName="Lee")";
+
+} // namespace
+
+TEST(NowUpXmlParse, Datagrams)
+{
+    const Case cases[] = {
+        {"NowUp fills", nowUp(kAnn), fill(2, "105", "Ann Lee", "Harbor Gym")},
+        {"NewScore clears", R"(<NewScore Ev_Num="4"/>)", clear(4)},
+        {"NewScore with more in it", R"(<NewScore Ev_Num="4" Score="9.5"><X/></NewScore>)", clear(4)},
+        {"declaration, comments and blanks around",
+         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- up next -->\n" + nowUp(kAnn) + "\n\n",
+         fill(2, "105", "Ann Lee", "Harbor Gym")},
+        {"nothing is trimmed",
+         nowUp(R"(Ev_Num="1" Num=" 7 " FName=" Ann" LName="Lee ")", "<Gym>  Harbor  </Gym>"),
+         fill(1, " 7 ", " Ann Lee ", "  Harbor  ")},
+        {"gym with entities and CDATA", nowUp(kAnn, "<Gym>A &amp; B<![CDATA[ <C>]]></Gym>"),
+         fill(2, "105", "Ann Lee", "A & B <C>")},
+        {"empty gym", nowUp(kAnn, "<Gym/>"), fill(2, "105", "Ann Lee", "")},
+        {"the first Gym child counts", nowUp(kAnn, "<Team>x</Team><Gym>One</Gym><Gym>Two</Gym>"),
+         fill(2, "105", "Ann Lee", "One")},
+        {"UTF-8 names", nowUp(R"(Ev_Num="3" Num="9" FName="Zoë" LName="Øster")"), fill(3, "9", "Zoë Øster", "Harbor Gym")},
+        {"Latin-1 by declaration", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>"
+                                   "<NowUp Ev_Num=\"3\" Num=\"9\" FName=\"Zo\xeb\" LName=\"L\"><Gym/></NowUp>",
+         fill(3, "9", "Zoë L", "")},
+        {"trailing NUL of a C sender", nowUp(kAnn) + QByteArray(2, '\0'), fill(2, "105", "Ann Lee", "Harbor Gym")},
+        {"event numbers are signed decimal", R"(<NewScore Ev_Num="+3"/>)", clear(3)},
+        {"blanks around the event number", R"(<NewScore Ev_Num=" 5 "/>)", clear(5)},
+        // Out of the six slots: the fill drops them, the reader passes them on.
+        {"event 0", R"(<NewScore Ev_Num="0"/>)", clear(0)},
+        {"event -1", R"(<NewScore Ev_Num="-1"/>)", clear(-1)},
+        {"event 7", nowUp(R"(Ev_Num="7" Num="1" FName="A" LName="B")"), fill(7, "1", "A B", "Harbor Gym")},
+        {"lowest int", R"(<NewScore Ev_Num="-2147483648"/>)", clear(-2147483647 - 1)},
+
+        {"other root", R"(<Score Ev_Num="1"/>)", std::nullopt, NowUpFault::XmlOtherRoot},
+        {"names are case-sensitive", R"(<nowup Ev_Num="1" Num="1" FName="A" LName="B"><Gym/></nowup>)",
+         std::nullopt, NowUpFault::XmlOtherRoot},
+        {"a prefixed root is another name", R"(<k:NewScore xmlns:k="urn:k" Ev_Num="1"/>)", std::nullopt,
+         NowUpFault::XmlOtherRoot},
+
+        {"no Ev_Num", R"(<NewScore/>)", std::nullopt, NowUpFault::XmlMissingEventNumber},
+        {"ev_num is not Ev_Num", R"(<NewScore ev_num="1"/>)", std::nullopt, NowUpFault::XmlMissingEventNumber},
+        {"NowUp without Ev_Num", nowUp(R"(Num="1" FName="A" LName="B")"), std::nullopt,
+         NowUpFault::XmlMissingEventNumber},
+        {"Ev_Num empty", R"(<NewScore Ev_Num=""/>)", std::nullopt, NowUpFault::XmlBadEventNumber},
+        {"Ev_Num a word", R"(<NewScore Ev_Num="two"/>)", std::nullopt, NowUpFault::XmlBadEventNumber},
+        {"Ev_Num with decimals", R"(<NewScore Ev_Num="3.0"/>)", std::nullopt, NowUpFault::XmlBadEventNumber},
+        {"Ev_Num in hex", R"(<NewScore Ev_Num="0x3"/>)", std::nullopt, NowUpFault::XmlBadEventNumber},
+        {"Ev_Num beyond 32 bits", R"(<NewScore Ev_Num="99999999999999999999"/>)", std::nullopt,
+         NowUpFault::XmlBadEventNumber},
+        {"Ev_Num just beyond int", R"(<NewScore Ev_Num="2147483648"/>)", std::nullopt, NowUpFault::XmlBadEventNumber},
+        {"Ev_Num full-width digits", "<NewScore Ev_Num=\"\xef\xbc\x93\"/>", std::nullopt,
+         NowUpFault::XmlBadEventNumber},
+        {"no Num", nowUp(R"(Ev_Num="1" FName="A" LName="B")"), std::nullopt, NowUpFault::XmlMissingItem},
+        {"no FName", nowUp(R"(Ev_Num="1" Num="1" LName="B")"), std::nullopt, NowUpFault::XmlMissingItem},
+        {"no LName", nowUp(R"(Ev_Num="1" Num="1" FName="A")"), std::nullopt, NowUpFault::XmlMissingItem},
+        {"no Gym", nowUp(kAnn, ""), std::nullopt, NowUpFault::XmlMissingItem},
+        {"Gym as an attribute", "<NowUp " + kAnn + " Gym=\"X\"/>", std::nullopt, NowUpFault::XmlMissingItem},
+        {"Gym deeper down", nowUp(kAnn, "<Team><Gym>X</Gym></Team>"), std::nullopt, NowUpFault::XmlMissingItem},
+
+        {"empty datagram", "", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"only NULs", QByteArray(4, '\0'), std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"plain text", "NowUp 2 105 Ann Lee", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"unclosed root", R"(<NowUp Ev_Num="2">)", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"cut short", nowUp(kAnn).left(40), std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"crossed tags", R"(<NowUp Ev_Num="2"><Gym></NowUp></Gym>)", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"two roots", R"(<NewScore Ev_Num="1"/><NewScore Ev_Num="2"/>)", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"unquoted attribute", R"(<NewScore Ev_Num=1/>)", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"repeated attribute", R"(<NewScore Ev_Num="1" Ev_Num="2"/>)", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"undeclared entity", nowUp(kAnn, "<Gym>&nbsp;</Gym>"), std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"invalid UTF-8", "<NewScore Ev_Num=\"1\" X=\"\xff\xfe\"/>", std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"NUL inside", QByteArray("<NewScore Ev_Num=\"1\"\0/>", 24), std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"a fault after a good root is still a fault", R"(<NewScore Ev_Num="1"/><)", std::nullopt,
+         NowUpFault::XmlNotWellFormed},
+    };
+    for (const Case &c : cases)
+        check(c, parseNowUpXml(c.datagram, 0));
+}
+
+TEST(NowUpXmlParse, NameByNameFormat)
+{
+    const struct {
+        int format;
+        const char *first;
+        const char *last;
+        const char *name;
+    } cases[] = {
+        {0, "Ann", "Lee", "Ann Lee"},
+        {1, "Ann", "Lee", "Lee, Ann"},
+        {2, "Ann", "Lee", "A Lee"},
+        {3, "Ann", "Lee", "Lee"},
+        {4, "Ann", "Lee", ""},
+        {-1, "Ann", "Lee", ""},
+        // Parts stand as sent, blanks and all.
+        {0, "", "Lee", " Lee"},
+        {1, "Ann", "", ", Ann"},
+        {2, "", "Lee", " Lee"},
+        {2, " Ann", "Lee", "  Lee"},
+        {2, "Émile", "Roy", "É Roy"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.format);
+        EXPECT_EQ(nowUpName(QString::fromUtf8(c.first), QString::fromUtf8(c.last), c.format), QString::fromUtf8(c.name));
+        const QByteArray xml = QByteArray("<NowUp Ev_Num=\"1\" Num=\"5\" FName=\"") + c.first + "\" LName=\"" + c.last
+                               + "\"><Gym>G</Gym></NowUp>";
+        const NowUpParse got = parseNowUpXml(xml, c.format);
+        ASSERT_TRUE(got.action);
+        EXPECT_EQ(got.action->name, QString::fromUtf8(c.name));
+    }
+}
+
+TEST(NowUpXmlParse, FaultsSayWhatWasWrong)
+{
+    EXPECT_TRUE(parseNowUpXml(R"(<NewScore Ev_Num="two"/>)", 0).detail.contains(QStringLiteral("\"two\"")));
+    EXPECT_TRUE(parseNowUpXml(nowUp(kAnn, ""), 0).detail.contains(QStringLiteral("<Gym>")));
+    EXPECT_TRUE(parseNowUpXml("<a>", 0).detail.contains(QStringLiteral("line 1")));
+    // A huge value is cut short in the words, not copied whole.
+    const QByteArray huge = "<NewScore Ev_Num=\"" + QByteArray(60000, '9') + "\"/>";
+    const NowUpParse got = parseNowUpXml(huge, 0);
+    EXPECT_EQ(got.fault, NowUpFault::XmlBadEventNumber);
+    EXPECT_LT(got.detail.size(), 100);
+}
+
+TEST(NowUpCommaText, Splitting)
+{
+    const struct {
+        const char *text;
+        QStringList items;
+    } cases[] = {
+        {"a,b,c", {"a", "b", "c"}},
+        {"a b", {"a", "b"}},
+        {"a   b", {"a", "b"}},
+        {"a , b", {"a", "b"}},
+        {"a\tb\x01" "c\r\n", {"a", "b", "c"}},
+        {"a,,b", {"a", "", "b"}},
+        {"a, ,b", {"a", "", "b"}},
+        {"a,", {"a", ""}},
+        {"a, ", {"a"}},
+        {",a", {"", "a"}},
+        {"  a  ", {"a"}},
+        {"", {}},
+        {"   ", {}},
+        {"\"a b\",c", {"a b", "c"}},
+        {"\"a,b\"", {"a,b"}},
+        {"\"say \"\"hi\"\"\",x", {"say \"hi\"", "x"}},
+        {"\"\"", {""}},
+        {"\"\"\"\"", {"\""}},
+        {"\"a\"b", {"a", "b"}},
+        {"\"a\" b", {"a", "b"}},
+        {"a\"b", {"a\"b"}},
+        {"\"unclosed, to the end", {"unclosed, to the end"}},
+        {"x,\"", {"x", ""}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(splitCommaText(QString::fromLatin1(c.text)), c.items);
+    }
+}
+
+TEST(NowUpCommaLineParse, Datagrams)
+{
+    const Case cases[] = {
+        {"a competitor", "SCOREGEN,1,3,105,Ann", fill(3, "105", "Ann")},
+        {"a quoted name keeps both words", "SCOREGEN,1,3,105,\"Ann Lee\"", fill(3, "105", "Ann Lee")},
+        {"a bare name keeps the first word", "SCOREGEN,1,3,105,Ann Lee", fill(3, "105", "Ann")},
+        {"the name is trimmed", "SCOREGEN,1,3,105,\"  Ann Lee \t\"", fill(3, "105", "Ann Lee")},
+        {"the number is not", "SCOREGEN,1,3,\" 105\",Ann", fill(3, " 105", "Ann")},
+        {"quotes in a name", "SCOREGEN,1,3,105,\"Ann \"\"Spin\"\" Lee\"", fill(3, "105", "Ann \"Spin\" Lee")},
+        {"field 1 is not read", "SCOREGEN,,3,105,Ann", fill(3, "105", "Ann")},
+        {"field 1 may hold anything", "SCOREGEN,\"x, y\",3,105,Ann", fill(3, "105", "Ann")},
+        {"a quoted event number", "SCOREGEN,1,\"3\",105,Ann", fill(3, "105", "Ann")},
+        {"blanks as separators", "SCOREGEN, 1 3 105 Ann", fill(3, "105", "Ann")},
+        {"no name", "SCOREGEN,1,3,105", fill(3, "105", "")},
+        {"no number nor name", "SCOREGEN,1,3", fill(3, "", "")},
+        {"more fields are not read", "SCOREGEN,1,3,105,Ann,Lee,x", fill(3, "105", "Ann")},
+        {"line ending", "SCOREGEN,1,3,105,Ann\r\n", fill(3, "105", "Ann")},
+        {"the text ends at a NUL", QByteArray("SCOREGEN,1,3,105,Ann\0Lee", 24), fill(3, "105", "Ann")},
+        {"UTF-8 name", "SCOREGEN,1,3,105,Zo\xc3\xab", fill(3, "105", "Zoë")},
+        {"Latin-1 name", "SCOREGEN,1,3,105,Zo\xeb", fill(3, "105", "Zoë")},
+        {"event 7 is passed on", "SCOREGEN,1,7,105,Ann", fill(7, "105", "Ann")},
+        {"the last one", "SCOREGEN-LAST,1,4", clear(4)},
+        {"the last one, more fields", "SCOREGEN-LAST,1,4,105,Ann", clear(4)},
+
+        {"event 0", "SCOREGEN,1,0,105,Ann", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"event below 0", "SCOREGEN,1,-2,105,Ann", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"event not a number", "SCOREGEN,1,x,105,Ann", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"event beyond 32 bits", "SCOREGEN,1,99999999999,105,Ann", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"empty event", "SCOREGEN,1,,105,Ann", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"last, event not a number", "SCOREGEN-LAST,1,x", std::nullopt, NowUpFault::LineBadEventNumber},
+        {"no event number", "SCOREGEN,1", std::nullopt, NowUpFault::LineNoEventNumber},
+        {"only the word", "SCOREGEN,", std::nullopt, NowUpFault::LineNoEventNumber},
+        {"last, no event number", "SCOREGEN-LAST,", std::nullopt, NowUpFault::LineNoEventNumber},
+        {"another word", "SCOREGENX,1,3", std::nullopt, NowUpFault::LineOtherWord},
+        {"lower case", "scoregen,1,3,105,Ann", std::nullopt, NowUpFault::LineOtherWord},
+        {"a blank before the comma", "SCOREGEN ,1,3,105,Ann", std::nullopt, NowUpFault::LineOtherWord},
+        {"a blank in front", " SCOREGEN,1,3,105,Ann", std::nullopt, NowUpFault::LineOtherWord},
+        {"the word without comma", "SCOREGEN-LAST", std::nullopt, NowUpFault::LineOtherWord},
+        {"XML on the wrong port", R"(<NewScore Ev_Num="4"/>)", std::nullopt, NowUpFault::LineOtherWord},
+        {"empty", "", std::nullopt, NowUpFault::LineOtherWord},
+        {"a NUL in the word", QByteArray("SCORE\0GEN,1,3", 13), std::nullopt, NowUpFault::LineOtherWord},
+    };
+    for (const Case &c : cases)
+        check(c, parseScoreGenLine(c.datagram));
+}
+
+TEST(NowUpCommaLineParse, NothingHereIsMalformed)
+{
+    // The comma form has no faults to tell of: what it cannot use it ignores.
+    for (const QByteArray &d : {QByteArray("SCOREGEN,1,x"), QByteArray("junk"), QByteArray("\xff\xfe")})
+        EXPECT_FALSE(parseScoreGenLine(d).malformed()) << d.toStdString();
+}
+
+TEST(NowUpEventNumber, Values)
+{
+    const struct {
+        const char *text;
+        std::optional<int> value;
+    } cases[] = {
+        {"3", 3},   {"+3", 3},          {"-3", -3},          {"007", 7},          {" 4", 4},
+        {"4 ", 4},  {"2147483647", 2147483647}, {"-2147483648", -2147483647 - 1}, {"", std::nullopt},
+        {"+", std::nullopt}, {"-", std::nullopt}, {"3a", std::nullopt}, {"3 4", std::nullopt},
+        {"2147483648", std::nullopt}, {"-2147483649", std::nullopt}, {"1e2", std::nullopt},
+        {"$10", std::nullopt}, {"++3", std::nullopt},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(parseEventNumber(QString::fromLatin1(c.text)), c.value) << c.text;
+}
