@@ -3,6 +3,7 @@
 #include "support/TickSource.h"
 
 #include <QNetworkDatagram>
+#include <QSignalBlocker>
 #include <QTimer>
 #include <QUdpSocket>
 
@@ -81,6 +82,8 @@ NowUpListeners::NowUpListeners(NameFormatSource nameFormat, FillNowUp fill, QObj
 
 NowUpListeners::~NowUpListeners()
 {
+    // Whoever listens to listeningChanged may be gone already.
+    const QSignalBlocker quiet(this);
     stop();
 }
 

@@ -1,0 +1,393 @@
+// The now-up listeners on real sockets: datagrams from 127.0.0.1 through the
+// line routines into a real display block, and out as Daktronics frames to a
+// board socket.
+#include "NowUpStation.h"
+
+#include "outputs/EventSlot.h"
+
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+using Channel = NowUpListeners::Channel;
+
+QByteArray nowUpXml(int event, const char *num, const char *first, const char *last, const char *gym)
+{
+    return QStringLiteral("<NowUp Ev_Num=\"%1\" Num=\"%2\" FName=\"%3\" LName=\"%4\"><Gym>%5</Gym></NowUp>")
+        .arg(event)
+        .arg(QString::fromUtf8(num), QString::fromUtf8(first), QString::fromUtf8(last), QString::fromUtf8(gym))
+        .toUtf8();
+}
+
+QByteArray newScoreXml(int event)
+{
+    return QStringLiteral("<NewScore Ev_Num=\"%1\"/>").arg(event).toUtf8();
+}
+
+class NowUpListenersTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(station.listeners.start()); }
+
+    NowUpStation station;
+};
+
+} // namespace
+
+TEST_F(NowUpListenersTest, ListensOnBothPortsOfAnyAddress)
+{
+    for (Channel c : {Channel::Xml, Channel::Line}) {
+        EXPECT_TRUE(station.listeners.isListening(c));
+        EXPECT_NE(station.listeners.port(c), 0);
+        const QUdpSocket *socket = station.listeners.socketForTesting(c);
+        ASSERT_NE(socket, nullptr);
+        EXPECT_EQ(socket->localAddress(), QHostAddress(QHostAddress::Any));
+    }
+    EXPECT_NE(station.listeners.port(Channel::Xml), station.listeners.port(Channel::Line));
+}
+
+TEST(NowUpListenersPorts, TheFixedPortsByDefault)
+{
+    NowUpListeners listeners(nullptr, nullptr);
+    EXPECT_EQ(listeners.port(NowUpListeners::Channel::Xml), 51521);
+    EXPECT_EQ(listeners.port(NowUpListeners::Channel::Line), 23467);
+    EXPECT_FALSE(listeners.isListening(NowUpListeners::Channel::Xml));
+}
+
+// Each step: a datagram to one port, then the whole now-up region and the
+// number of frames the board got for it.
+TEST_F(NowUpListenersTest, DatagramsFillAndClearTheNowUpLines)
+{
+    const QByteArray blank70(70, ' ');
+    const QByteArray annOnBars = nowUpBytes("BARS", "105", "Ann Lee", "Harbor Gym");
+    const QByteArray annOnBeam = nowUpBytes("BEAM", "105", "Ann Lee", "");
+    const struct Step {
+        const char *what;
+        Channel channel;
+        QByteArray datagram;
+        std::array<QByteArray, 6> lines;
+        int frames;
+    } steps[] = {
+        {"NowUp fills slot 2", Channel::Xml, nowUpXml(2, "105", "Ann", "Lee", "Harbor Gym"),
+         {blank70, annOnBars, blank70, blank70, blank70, blank70}, 1},
+        {"the same again sends nothing", Channel::Xml, nowUpXml(2, "105", "Ann", "Lee", "Harbor Gym"),
+         {blank70, annOnBars, blank70, blank70, blank70, blank70}, 0},
+        {"a quoted comma name on event 3", Channel::Line, "SCOREGEN,1,3,105,\"Ann Lee\"",
+         {blank70, annOnBars, annOnBeam, blank70, blank70, blank70}, 1},
+        {"a bare name keeps one word", Channel::Line, "SCOREGEN,1,3,105,Ann Lee",
+         {blank70, annOnBars, nowUpBytes("BEAM", "105", "Ann", ""), blank70, blank70, blank70}, 1},
+        {"event 0 does nothing", Channel::Line, "SCOREGEN,1,0,105,Ann",
+         {blank70, annOnBars, nowUpBytes("BEAM", "105", "Ann", ""), blank70, blank70, blank70}, 0},
+        {"SCOREGEN-LAST with a bad event does nothing", Channel::Line, "SCOREGEN-LAST,1,x",
+         {blank70, annOnBars, nowUpBytes("BEAM", "105", "Ann", ""), blank70, blank70, blank70}, 0},
+        {"another word does nothing", Channel::Line, "SCOREGENX,1,3",
+         {blank70, annOnBars, nowUpBytes("BEAM", "105", "Ann", ""), blank70, blank70, blank70}, 0},
+        {"SCOREGEN-LAST clears but the title", Channel::Line, "SCOREGEN-LAST,1,3",
+         {blank70, annOnBars, nowUpBytes("BEAM", "", "", ""), blank70, blank70, blank70}, 1},
+        {"NewScore clears but the title", Channel::Xml, newScoreXml(2),
+         {blank70, nowUpBytes("BARS", "", "", ""), nowUpBytes("BEAM", "", "", ""), blank70, blank70, blank70}, 1},
+        {"malformed XML changes nothing", Channel::Xml, "<NowUp Ev_Num=\"1\"",
+         {blank70, nowUpBytes("BARS", "", "", ""), nowUpBytes("BEAM", "", "", ""), blank70, blank70, blank70}, 0},
+        {"event 5 has no event in the row", Channel::Xml, nowUpXml(5, "1", "A", "B", "C"),
+         {blank70, nowUpBytes("BARS", "", "", ""), nowUpBytes("BEAM", "", "", ""), blank70, blank70, blank70}, 0},
+        {"long texts are cut, names go to Latin-1", Channel::Xml,
+         nowUpXml(4, "12345", "Zoë", "Featherstonehaugh-Worthington-Smythe", "Northern Lights Gymnastics Academy"),
+         {blank70, nowUpBytes("BARS", "", "", ""), nowUpBytes("BEAM", "", "", ""),
+          nowUpBytes("FLOOR", "1234", "Zo\xeb Featherstonehaugh-Worthington-Smythe", "Northern Lights Gymn"),
+          blank70, blank70},
+         1},
+        {"the same long texts again send nothing", Channel::Xml,
+         nowUpXml(4, "12345", "Zoë", "Featherstonehaugh-Worthington-Smythe", "Northern Lights Gymnastics Academy"),
+         {blank70, nowUpBytes("BARS", "", "", ""), nowUpBytes("BEAM", "", "", ""),
+          nowUpBytes("FLOOR", "1234", "Zo\xeb Featherstonehaugh-Worthington-Smythe", "Northern Lights Gymn"),
+          blank70, blank70},
+         0},
+    };
+    const QByteArray outside = station.outsideNowUp();
+    for (const Step &step : steps) {
+        SCOPED_TRACE(step.what);
+        ASSERT_TRUE(station.deliver(step.channel, step.datagram));
+        for (int s = 1; s <= 6; ++s)
+            EXPECT_EQ(station.nowUpLine(s), step.lines[s - 1]) << "slot " << s;
+        const QList<QByteArray> frames = station.frames();
+        ASSERT_EQ(frames.size(), step.frames);
+        for (const QByteArray &frame : frames) {
+            // The changed line goes out whole, at its own offset.
+            const int slot = frame.mid(15, 5).toInt() == 0 ? 0 : (frame.mid(15, 5).toInt() - 5191) / 70;
+            ASSERT_GE(slot, 1);
+            EXPECT_EQ(frame, DaktronicsFrame(5191 + 70 * slot, step.lines[slot - 1]));
+        }
+    }
+    EXPECT_EQ(station.outsideNowUp(), outside);
+    EXPECT_TRUE(station.context.recorder.messages.empty());
+}
+
+TEST_F(NowUpListenersTest, TheNameFollowsTheNameFormatOfTheMoment)
+{
+    const char *expected[] = {"Ann Lee", "Lee, Ann", "A Lee", "Lee"};
+    for (int format = 0; format < 4; ++format) {
+        station.context.format = format;
+        ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(1, "9", "Ann", "Lee", "G")));
+        EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "9", expected[format], "G")) << format;
+    }
+    // The comma line carries its name whole; the format does not apply.
+    station.context.format = 1;
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,1,9,\"Ann Lee\""));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "9", "Ann Lee", ""));
+}
+
+TEST_F(NowUpListenersTest, AnUntickedEventChangesNothing)
+{
+    station.context.ticked[1][2] = false;
+    ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(2, "105", "Ann", "Lee", "G")));
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,2,105,Ann"));
+    EXPECT_EQ(station.nowUpRegion(), QByteArray(420, ' '));
+    EXPECT_TRUE(station.frames().isEmpty());
+    // Event 3 moves up to slot 2.
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,3,7,Bo"));
+    EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BEAM", "7", "Bo", ""));
+}
+
+TEST_F(NowUpListenersTest, DatagramsApplyToSessionColumnOneInDualDisplay)
+{
+    station.context.dual = true;
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,1,7,Bo"));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "7", "Bo", ""));
+    // Side 2's first event is slot 5, and no datagram can reach it.
+    EXPECT_EQ(station.nowUpLine(5), QByteArray(70, ' '));
+}
+
+TEST_F(NowUpListenersTest, NewScoreClearsTheNowUpLineAndLeavesTheScoreLine)
+{
+    EventSlot routine;
+    routine.Event = 3;
+    routine.Num = 412;
+    routine.FName = QStringLiteral("Kira");
+    routine.LName = QStringLiteral("Moss");
+    routine.Score = 9.65;
+    routine.Adjust = routine.DBonus = routine.EBonus = -99;
+    station.lines.FillEventLine(routine, 1);
+    const QByteArray scoreLine = station.record.read(layout::eventLine(3));
+    ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(3, "5", "Ann", "Lee", "G")));
+    ASSERT_TRUE(station.deliver(Channel::Xml, newScoreXml(3)));
+    EXPECT_EQ(station.nowUpLine(3), nowUpBytes("BEAM", "", "", ""));
+    EXPECT_EQ(station.record.read(layout::eventLine(3)), scoreLine);
+}
+
+// The listeners have no notion of Start, Stop or pause: whatever the timers of
+// the window do, a datagram is served when it comes. Here a poll-like timer
+// runs, then is paused, then stopped, and datagrams land in each state.
+TEST_F(NowUpListenersTest, ServedWhateverTheGeneratorIsDoing)
+{
+    QTimer poll;
+    int ticks = 0;
+    QObject::connect(&poll, &QTimer::timeout, [&] { ++ticks; });
+    const struct {
+        const char *state;
+        bool timerRuns;
+        int event;
+    } states[] = {{"stopped before any start", false, 1}, {"running", true, 2}, {"paused", false, 3}, {"stopped", false, 4}};
+    for (const auto &s : states) {
+        SCOPED_TRACE(s.state);
+        if (s.timerRuns)
+            poll.start(5);
+        else
+            poll.stop();
+        ASSERT_TRUE(station.deliver(Channel::Line, QStringLiteral("SCOREGEN,1,%1,%1,Who").arg(s.event).toUtf8()));
+        EXPECT_EQ(station.nowUpLine(s.event).mid(6, 7), QByteArray("1   Who").replace('1', char('0' + s.event)));
+        EXPECT_EQ(station.frames().size(), 1);
+    }
+}
+
+TEST_F(NowUpListenersTest, AMalformedFloodIsLoggedOnceWithItsSenderAndTheListenerGoesOn)
+{
+    for (int i = 0; i < 200; ++i)
+        station.send(Channel::Xml, "<NowUp Ev_Num=\"1\"");
+    ASSERT_TRUE(waitUntil([&] { return station.listeners.counts(Channel::Xml).received == 200; }));
+    ASSERT_EQ(station.log.size(), 1) << station.log.join(QLatin1Char('\n')).toStdString();
+    const QString line = station.log[0];
+    EXPECT_TRUE(line.contains(QStringLiteral("malformed"))) << line.toStdString();
+    EXPECT_TRUE(line.contains(QStringLiteral("RtcUdpServer1"))) << line.toStdString();
+    EXPECT_TRUE(line.contains(QStringLiteral("from 127.0.0.1:%1").arg(station.sender.localPort())))
+        << line.toStdString();
+    EXPECT_EQ(station.listeners.counts(Channel::Xml).malformed, 200u);
+    EXPECT_EQ(station.nowUpRegion(), QByteArray(420, ' '));
+
+    // Another kind of fault is told at once; the flood's count comes with the
+    // next line of its kind after a minute.
+    ASSERT_TRUE(station.deliver(Channel::Xml, "<NewScore/>"));
+    ASSERT_EQ(station.log.size(), 2);
+    EXPECT_TRUE(station.log[1].contains(QStringLiteral("Ev_Num"))) << station.log[1].toStdString();
+    station.ticks.advance(60000);
+    ASSERT_TRUE(station.deliver(Channel::Xml, "<NowUp"));
+    ASSERT_EQ(station.log.size(), 3);
+    EXPECT_TRUE(station.log[2].contains(QStringLiteral("199 more like it"))) << station.log[2].toStdString();
+
+    ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(1, "9", "Ann", "Lee", "G")));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "9", "Ann Lee", "G"));
+}
+
+TEST_F(NowUpListenersTest, OversizedAndBinaryDatagramsAreHarmless)
+{
+    const QByteArray datagrams[] = {
+        QByteArray(65507, 'x'),
+        "<NowUp Ev_Num=\"1\" Num=\"1\" FName=\"" + QByteArray(60000, 'A') + "\" LName=\"B\"><Gym/></NowUp>",
+        "SCOREGEN,1,1,1," + QByteArray(60000, 'N'),
+        QByteArray(1000, '\0'),
+        QByteArray("\xff\xfe\xfd\x00\x01", 5),
+        QByteArray(),
+    };
+    for (const QByteArray &d : datagrams) {
+        ASSERT_TRUE(station.deliver(Channel::Xml, d));
+        ASSERT_TRUE(station.deliver(Channel::Line, d));
+    }
+    // Only the two long names got through, cut to their fields.
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "1", QByteArray(40, 'N').constData(), ""));
+    EXPECT_TRUE(station.listeners.isListening(Channel::Xml));
+    EXPECT_TRUE(station.listeners.isListening(Channel::Line));
+}
+
+TEST_F(NowUpListenersTest, AFillThatThrowsIsLoggedAndTheListenerGoesOn)
+{
+    TempDir dir;
+    // A folder where the trace file should be: the writer cannot open it.
+    station.trace.setPath(dir.path());
+    station.trace.setEnabled(true);
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,1,9,Ann"));
+    ASSERT_EQ(station.log.size(), 1);
+    EXPECT_TRUE(station.log[0].contains(QStringLiteral("not completed"))) << station.log[0].toStdString();
+    station.trace.setEnabled(false);
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,2,10,Bo"));
+    EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BARS", "10", "Bo", ""));
+    EXPECT_EQ(station.frames().size(), 1);
+}
+
+// A failed send ends in a modal box; while it is up, datagrams on the same
+// port go on being served, as the box's own event loop runs.
+TEST_F(NowUpListenersTest, DatagramsAreServedWhileADeviceErrorBoxIsUp)
+{
+    station.transport.setPortName(QString()); // every send fails: no port defined
+    bool servedInside = false;
+    station.context.recorder.setWhileShown([&](const PromptMessage &) {
+        if (station.context.recorder.messages.size() != 1)
+            return;
+        station.send(Channel::Xml, nowUpXml(2, "8", "Inner", "One", "G"));
+        servedInside = waitUntil([&] { return station.nowUpLine(2).contains("Inner One"); });
+    });
+    ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(1, "7", "Outer", "One", "G")));
+    EXPECT_TRUE(servedInside);
+    ASSERT_EQ(station.context.recorder.messages.size(), 2u);
+    EXPECT_TRUE(station.context.recorder.messages[0].text.contains(kErrorSendingEventScore));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "7", "Outer One", "G"));
+    EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BARS", "8", "Inner One", "G"));
+}
+
+TEST_F(NowUpListenersTest, AListenerThatLosesItsSocketListensAgainOnTheSamePort)
+{
+    const struct {
+        const char *how;
+        Channel channel;
+        bool abort;
+    } losses[] = {{"XML closed", Channel::Xml, false},
+                  {"XML aborted", Channel::Xml, true},
+                  {"line closed", Channel::Line, false},
+                  {"line aborted", Channel::Line, true}};
+    int event = 0;
+    for (const auto &loss : losses) {
+        SCOPED_TRACE(loss.how);
+        const quint16 port = station.listeners.port(loss.channel);
+        const auto restarts = station.listeners.counts(loss.channel).restarts;
+        station.log.clear();
+        station.ticks.advance(60000); // each loss gets a line of its own
+        QUdpSocket *socket = station.listeners.socketForTesting(loss.channel);
+        ASSERT_NE(socket, nullptr);
+        if (loss.abort)
+            socket->abort();
+        else
+            socket->close();
+        EXPECT_FALSE(station.listeners.isListening(loss.channel));
+        ASSERT_TRUE(waitUntil([&] { return station.listeners.isListening(loss.channel); }));
+        EXPECT_EQ(station.listeners.port(loss.channel), port);
+        EXPECT_EQ(station.listeners.counts(loss.channel).restarts, restarts + 1);
+        ASSERT_EQ(station.log.size(), 2) << station.log.join(QLatin1Char('\n')).toStdString();
+        EXPECT_TRUE(station.log[0].contains(QStringLiteral("listening lost"))) << station.log[0].toStdString();
+        EXPECT_TRUE(station.log[1].contains(QStringLiteral("listening again"))) << station.log[1].toStdString();
+
+        ++event;
+        const QByteArray datagram = loss.channel == Channel::Xml ? nowUpXml(event, "1", "A", "B", "C")
+                                                                  : QStringLiteral("SCOREGEN,1,%1,1,AB").arg(event).toUtf8();
+        ASSERT_TRUE(station.deliver(loss.channel, datagram));
+        EXPECT_NE(station.nowUpLine(event).mid(6), QByteArray(64, ' '));
+    }
+}
+
+TEST(NowUpListenersRetry, APortHeldByAnotherProgramIsTakenOnceItIsFree)
+{
+    NowUpStation station;
+    // Another program on the port, before the listeners start.
+    auto holder = std::make_unique<QUdpSocket>();
+    ASSERT_TRUE(holder->bind(QHostAddress(QHostAddress::Any), 0, QAbstractSocket::DontShareAddress));
+    const quint16 held = holder->localPort();
+    station.listeners.setPorts(held, 0);
+    QList<bool> changes;
+    QObject::connect(&station.listeners, &NowUpListeners::listeningChanged,
+                     [&](NowUpListeners::Channel c, bool on) {
+                         if (c == NowUpListeners::Channel::Xml)
+                             changes << on;
+                     });
+
+    EXPECT_FALSE(station.listeners.start());
+    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
+    EXPECT_TRUE(station.listeners.isListening(NowUpListeners::Channel::Line));
+    ASSERT_EQ(station.log.size(), 1);
+    EXPECT_TRUE(station.log[0].contains(QStringLiteral("cannot listen on"))) << station.log[0].toStdString();
+    EXPECT_TRUE(station.log[0].contains(QString::number(held))) << station.log[0].toStdString();
+
+    // Several retries go by, told once.
+    waitUntil([] { return false; }, std::chrono::milliseconds(300));
+    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
+    EXPECT_EQ(station.log.size(), 1);
+
+    holder.reset();
+    ASSERT_TRUE(waitUntil([&] { return station.listeners.isListening(NowUpListeners::Channel::Xml); }));
+    EXPECT_EQ(station.listeners.port(NowUpListeners::Channel::Xml), held);
+    EXPECT_EQ(changes, QList<bool>{true});
+    ASSERT_TRUE(station.deliver(NowUpListeners::Channel::Xml, nowUpXml(1, "3", "A", "B", "C")));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "3", "A B", "C"));
+}
+
+TEST(NowUpListenersRetry, StopClosesThePortsAndStartOpensThemAgain)
+{
+    NowUpStation station;
+    ASSERT_TRUE(station.listeners.start());
+    const quint16 port = station.listeners.port(NowUpListeners::Channel::Line);
+    station.listeners.stop();
+    station.listeners.stop();
+    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Line));
+    // The port is free for anyone once stopped.
+    QUdpSocket other;
+    EXPECT_TRUE(other.bind(QHostAddress(QHostAddress::Any), port, QAbstractSocket::DontShareAddress));
+    other.close();
+
+    ASSERT_TRUE(station.listeners.start());
+    ASSERT_TRUE(station.deliver(NowUpListeners::Channel::Line, "SCOREGEN,1,2,4,Di"));
+    EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BARS", "4", "Di", ""));
+}
+
+TEST(NowUpListenersRetry, AStoppedListenerDoesNotRetry)
+{
+    NowUpStation station;
+    QUdpSocket holder;
+    ASSERT_TRUE(holder.bind(QHostAddress(QHostAddress::Any), 0, QAbstractSocket::DontShareAddress));
+    station.listeners.setPorts(holder.localPort(), 0);
+    EXPECT_FALSE(station.listeners.start());
+    station.listeners.stop();
+    holder.close();
+    waitUntil([] { return false; }, std::chrono::milliseconds(200));
+    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
+    EXPECT_EQ(station.listeners.socketForTesting(NowUpListeners::Channel::Xml), nullptr);
+}
