@@ -1,0 +1,353 @@
+#include "generator/HeadlessOptions.h"
+
+#include "setup/SettingsDocument.h"
+#include "setup/SettingsStore.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSet>
+
+namespace kestra {
+
+namespace {
+
+constexpr int MaxSessions = 4;
+constexpr int SessionWidth = 3; // ScoreQueue.Session is a string of 3
+
+QString quoted(const QString &text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+// Reads the options one by one; every failure is a message for the operator.
+class Parser {
+public:
+    explicit Parser(const QStringList &arguments) : m_args(arguments) {}
+
+    std::variant<HeadlessOptions, QString> run()
+    {
+        for (const QString &arg : m_args) {
+            if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
+                HeadlessOptions help;
+                help.help = true;
+                return help;
+            }
+        }
+        while (m_pos < m_args.size()) {
+            if (!step())
+                return m_error;
+        }
+        if (!finish())
+            return m_error;
+        return m_options;
+    }
+
+private:
+    bool fail(const QString &message)
+    {
+        m_error = message;
+        return false;
+    }
+
+    // The value of the option just read: "--opt value" or "--opt=value".
+    bool takeValue(const QString &option, const std::optional<QString> &inline_, QString &value)
+    {
+        if (inline_) {
+            value = *inline_;
+        } else {
+            if (m_pos >= m_args.size() || m_args.at(m_pos).startsWith(QLatin1String("--")))
+                return fail(option + QStringLiteral(" needs a value"));
+            value = m_args.at(m_pos++);
+        }
+        if (value.trimmed().isEmpty())
+            return fail(option + QStringLiteral(" needs a value"));
+        return true;
+    }
+
+    bool once(const QString &option)
+    {
+        if (m_seen.contains(option))
+            return fail(option + QStringLiteral(" is given twice"));
+        m_seen.insert(option);
+        return true;
+    }
+
+    bool positive(const QString &option, const QString &text, int &out)
+    {
+        bool ok = false;
+        const int value = text.trimmed().toInt(&ok);
+        if (!ok || value < 1)
+            return fail(option + QStringLiteral(": ") + quoted(text) + QStringLiteral(" is not a whole number above 0"));
+        out = value;
+        return true;
+    }
+
+    bool sessions(const QString &option, const QString &text, QStringList &out)
+    {
+        const QStringList parts = text.split(QLatin1Char(','));
+        if (parts.size() > MaxSessions)
+            return fail(option + QStringLiteral(": at most four sessions, got ") + QString::number(parts.size()));
+        QStringList list;
+        for (const QString &part : parts) {
+            const QString session = part.trimmed();
+            if (session.isEmpty())
+                return fail(option + QStringLiteral(": an empty session in ") + quoted(text));
+            if (session.size() > SessionWidth)
+                return fail(option + QStringLiteral(": session ") + quoted(session) +
+                            QStringLiteral(" is longer than 3 characters"));
+            if (list.contains(session))
+                return fail(option + QStringLiteral(": session ") + quoted(session) + QStringLiteral(" is given twice"));
+            list.append(session);
+        }
+        out = list;
+        return true;
+    }
+
+    bool events(const QString &option, const QString &text, HeadlessColumn &column)
+    {
+        std::array<bool, 6> ticked{};
+        for (const QString &part : text.split(QLatin1Char(','))) {
+            bool ok = false;
+            const int event = part.trimmed().toInt(&ok);
+            if (!ok || event < 1 || event > 6)
+                return fail(option + QStringLiteral(": ") + quoted(part.trimmed()) +
+                            QStringLiteral(" is not an event number from 1 to 6"));
+            if (ticked[event - 1])
+                return fail(option + QStringLiteral(": event ") + QString::number(event) +
+                            QStringLiteral(" is given twice"));
+            ticked[event - 1] = true;
+        }
+        column.events = ticked;
+        column.eventsGiven = true;
+        return true;
+    }
+
+    bool setting(const QString &text)
+    {
+        const qsizetype equals = text.indexOf(QLatin1Char('='));
+        const QString path = equals < 0 ? text : text.left(equals);
+        const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+        if (equals < 0 || slash <= 0 || slash == path.size() - 1)
+            return fail(QStringLiteral("--set: ") + quoted(text) + QStringLiteral(" is not Section/Name=Value"));
+        SettingOverride o;
+        o.section = path.left(slash);
+        o.section.replace(QLatin1Char('/'), QLatin1Char('\\'));
+        o.name = path.mid(slash + 1);
+        o.value = text.mid(equals + 1);
+        if (!SettingsDocument::isValidSection(o.section) || o.section.trimmed().isEmpty())
+            return fail(QStringLiteral("--set: ") + quoted(path.left(slash)) + QStringLiteral(" is not a section name"));
+        if (!SettingsDocument::isValidName(o.name))
+            return fail(QStringLiteral("--set: ") + quoted(o.name) + QStringLiteral(" is not a value name"));
+        // A later --set of the same value wins, as it would on the key.
+        std::erase_if(m_options.overrides, [&o](const SettingOverride &old) {
+            return SettingsDocument::normalizeSection(old.section).compare(SettingsDocument::normalizeSection(o.section),
+                                                                          Qt::CaseInsensitive) == 0 &&
+                   old.name.compare(o.name, Qt::CaseInsensitive) == 0;
+        });
+        m_options.overrides.push_back(o);
+        return true;
+    }
+
+    bool step()
+    {
+        QString arg = m_args.at(m_pos++);
+        if (!arg.startsWith(QLatin1String("--")) || arg.size() == 2)
+            return fail(QStringLiteral("unexpected argument ") + quoted(arg) + QStringLiteral(" (see --help)"));
+        std::optional<QString> inlineValue;
+        if (const qsizetype eq = arg.indexOf(QLatin1Char('=')); eq > 0) {
+            inlineValue = arg.mid(eq + 1);
+            arg = arg.left(eq);
+        }
+        auto flag = [&](bool &target) {
+            if (inlineValue)
+                return fail(arg + QStringLiteral(" takes no value"));
+            if (!once(arg))
+                return false;
+            target = true;
+            return true;
+        };
+        QString value;
+        HeadlessColumn &first = m_options.columns[0];
+        HeadlessColumn &second = m_options.columns[1];
+
+        if (arg == QLatin1String("--dual"))
+            return flag(m_options.dual);
+        if (arg == QLatin1String("--ncaa"))
+            return flag(m_options.ncaa);
+
+        static const QStringList valued = {
+            QStringLiteral("--store"),  QStringLiteral("--server"),    QStringLiteral("--meet"),
+            QStringLiteral("--group"),  QStringLiteral("--sessions"),  QStringLiteral("--events"),
+            QStringLiteral("--group2"), QStringLiteral("--sessions2"), QStringLiteral("--events2"),
+            QStringLiteral("--target"), QStringLiteral("--set"),       QStringLiteral("--rotation")};
+        if (!valued.contains(arg))
+            return fail(QStringLiteral("unknown option ") + quoted(arg) + QStringLiteral(" (see --help)"));
+        if (arg != QLatin1String("--set") && !once(arg))
+            return false;
+        if (!takeValue(arg, inlineValue, value))
+            return false;
+
+        if (arg == QLatin1String("--store")) {
+            m_options.storeAddress = value.trimmed();
+            return true;
+        }
+        if (arg == QLatin1String("--server")) {
+            m_options.serverName = value.trimmed();
+            return true;
+        }
+        if (arg == QLatin1String("--meet")) {
+            int id = 0;
+            if (!positive(arg, value, id))
+                return false;
+            m_options.meetId = id;
+            return true;
+        }
+        if (arg == QLatin1String("--rotation")) {
+            int n = 0;
+            if (!positive(arg, value, n))
+                return false;
+            m_options.rotation = n;
+            return true;
+        }
+        if (arg == QLatin1String("--group") || arg == QLatin1String("--group2")) {
+            int id = 0;
+            if (!positive(arg, value, id))
+                return false;
+            (arg.endsWith(QLatin1Char('2')) ? second : first).eventGroup = id;
+            return true;
+        }
+        if (arg == QLatin1String("--sessions") || arg == QLatin1String("--sessions2"))
+            return sessions(arg, value, (arg.endsWith(QLatin1Char('2')) ? second : first).sessions);
+        if (arg == QLatin1String("--events") || arg == QLatin1String("--events2"))
+            return events(arg, value, arg.endsWith(QLatin1Char('2')) ? second : first);
+        if (arg == QLatin1String("--target")) {
+            const auto target = HeadlessOptions::targetFromName(value);
+            if (!target)
+                return fail(QStringLiteral("--target: ") + quoted(value) + QStringLiteral(" is not one of ") +
+                            HeadlessOptions::targetNames().join(QStringLiteral(", ")));
+            m_options.target = target;
+            return true;
+        }
+        return setting(value); // --set
+    }
+
+    bool finish()
+    {
+        if (!m_options.storeAddress.isEmpty() && !m_options.serverName.isEmpty())
+            return fail(QStringLiteral("give --store or --server, not both"));
+        const HeadlessColumn &second = m_options.columns[1];
+        if (!m_options.dual && (second.eventGroup || !second.sessions.isEmpty() || second.eventsGiven))
+            return fail(QStringLiteral("--group2, --sessions2 and --events2 need --dual"));
+        return true;
+    }
+
+    const QStringList &m_args;
+    qsizetype m_pos = 0;
+    HeadlessOptions m_options;
+    QSet<QString> m_seen;
+    QString m_error;
+};
+
+} // namespace
+
+std::variant<HeadlessOptions, QString> HeadlessOptions::parse(const QStringList &arguments)
+{
+    return Parser(arguments).run();
+}
+
+QStringList HeadlessOptions::targetNames()
+{
+    return {QStringLiteral("daktronics"), QStringLiteral("barco"), QStringLiteral("whiteway"),
+            QStringLiteral("file"),       QStringLiteral("xml"),   QStringLiteral("xpression")};
+}
+
+std::optional<OutputTarget> HeadlessOptions::targetFromName(const QString &name)
+{
+    static const OutputTarget targets[] = {OutputTarget::Daktronics, OutputTarget::Barco, OutputTarget::WhiteWay,
+                                           OutputTarget::File,       OutputTarget::XML,   OutputTarget::Xpression};
+    QString key = name.trimmed().toLower();
+    key.remove(QLatin1Char('-'));
+    key.remove(QLatin1Char(' '));
+    const qsizetype index = targetNames().indexOf(key);
+    if (index < 0)
+        return std::nullopt;
+    return targets[index];
+}
+
+void HeadlessOptions::applyOverrides(SettingsDocument &document) const
+{
+    for (const SettingOverride &o : overrides)
+        document.setValue(o.section, o.name, o.value);
+}
+
+QString HeadlessOptions::usage()
+{
+    return QStringLiteral(R"(Usage: kestra-headless [options]
+
+Runs the display generator without windows: connects to the meet database,
+makes the picks an operator would make in the main window, presses Start and
+serves the run until SIGINT or SIGTERM, then Stop and the orderly close.
+Operator messages and device errors are written to standard error, one line
+each.
+
+Meet database (one of; the server last chosen when neither is given):
+  --store ADDRESS        a folder holding Marlowen.sqlite (absolute or ~/...),
+                         or a PostgreSQL address host[:port]
+  --server NAME          a registered server, by its name
+
+Selection (defaults: the meet the scoring product shows last, its default
+event group, every session, every event):
+  --meet ID              MeetID of the meet to follow
+  --group EVENTID        event group of session column 1
+  --sessions S[,S...]    up to four sessions of column 1, primary first
+  --events 1,3,4         the events of column 1 to display (ticked boxes)
+  --dual                 follow a second session column as well
+  --group2, --sessions2, --events2
+                         the same for column 2 (need --dual)
+  --ncaa                 NCAA mode (needs --sessions)
+  --rotation N           the NCAA rotation under way, from 1
+
+Output:
+  --target NAME          daktronics, barco, whiteway, file, xml or xpression;
+                         the stored choice when absent
+  --set Section/Name=Value
+                         overrides a value of Kestra's settings for this run
+                         only, never stored; repeatable. For example:
+                         --set Options/COMPort=UDP --set Options/UDPPort=40001
+                         --set Options/IPAddr=127.0.0.1 --set Options/Interval=0
+
+  --help                 this text
+
+Exit status: 0 after a stop by signal, 1 when the meet database could not be
+used or the connection was given up, 2 for a mistake on the command line, 3
+when Start refused the picks.
+)");
+}
+
+std::optional<SettingsStore> overlayKey(const SettingsStore &source, const QString &folder,
+                                        const std::vector<SettingOverride> &overrides)
+{
+    if (!QDir().mkpath(folder))
+        return std::nullopt;
+    SettingsStore copy(QDir(folder).filePath(QFileInfo(source.filePath()).fileName()));
+    // The key as it is now, parsed and written again: what cannot be read
+    // reads as empty, as the program itself would see it.
+    QSaveFile file(copy.filePath());
+    if (!file.open(QIODevice::WriteOnly) || file.write(source.read().serialize()) < 0 || !file.commit())
+        return std::nullopt;
+    if (overrides.empty())
+        return copy;
+    const bool written = copy.update([&overrides](SettingsDocument &target) {
+        for (const SettingOverride &o : overrides) {
+            if (!target.setValue(o.section, o.name, o.value))
+                return false;
+        }
+        return true;
+    });
+    if (!written)
+        return std::nullopt;
+    return copy;
+}
+
+} // namespace kestra

@@ -1,0 +1,230 @@
+#include "generator/HeadlessOptions.h"
+
+#include "setup/SettingsDocument.h"
+#include "setup/SettingsStore.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+
+#include <functional>
+
+using namespace kestra;
+
+namespace {
+
+QStringList args(std::initializer_list<const char *> list)
+{
+    QStringList out;
+    for (const char *a : list)
+        out.append(QString::fromUtf8(a));
+    return out;
+}
+
+struct GoodLine {
+    const char *what;
+    QStringList arguments;
+    std::function<void(const HeadlessOptions &)> check;
+};
+
+class HeadlessGoodLines : public testing::TestWithParam<GoodLine> {};
+
+TEST_P(HeadlessGoodLines, parse)
+{
+    const GoodLine &line = GetParam();
+    const auto result = HeadlessOptions::parse(line.arguments);
+    ASSERT_TRUE(std::holds_alternative<HeadlessOptions>(result))
+        << line.what << ": " << std::get<QString>(result).toStdString();
+    line.check(std::get<HeadlessOptions>(result));
+}
+
+const std::array<bool, 6> allEvents{true, true, true, true, true, true};
+
+INSTANTIATE_TEST_SUITE_P(
+    HeadlessOptionsTest, HeadlessGoodLines,
+    testing::Values(
+        GoodLine{"nothing at all: the stored server, every default", {},
+                 [](const HeadlessOptions &o) {
+                     EXPECT_TRUE(o.storeAddress.isEmpty());
+                     EXPECT_TRUE(o.serverName.isEmpty());
+                     EXPECT_FALSE(o.meetId);
+                     EXPECT_FALSE(o.columns[0].eventGroup);
+                     EXPECT_TRUE(o.columns[0].sessions.isEmpty());
+                     EXPECT_EQ(o.columns[0].events, allEvents);
+                     EXPECT_FALSE(o.columns[0].eventsGiven);
+                     EXPECT_FALSE(o.dual);
+                     EXPECT_FALSE(o.ncaa);
+                     EXPECT_FALSE(o.rotation);
+                     EXPECT_FALSE(o.target);
+                     EXPECT_TRUE(o.overrides.empty());
+                     EXPECT_FALSE(o.help);
+                 }},
+        GoodLine{"the demo's line",
+                 args({"--store", "/tmp/meet", "--meet", "1", "--group", "2", "--sessions", "1,2", "--events",
+                       "1,3,4", "--target", "daktronics", "--set", "Options/COMPort=UDP", "--set",
+                       "Options/UDPPort=40001", "--set", "Options/IPAddr=127.0.0.1", "--set",
+                       "Options/Interval=0"}),
+                 [](const HeadlessOptions &o) {
+                     EXPECT_EQ(o.storeAddress, QStringLiteral("/tmp/meet"));
+                     EXPECT_EQ(o.meetId, 1);
+                     EXPECT_EQ(o.columns[0].eventGroup, 2);
+                     EXPECT_EQ(o.columns[0].sessions, QStringList({"1", "2"}));
+                     EXPECT_EQ(o.columns[0].events, (std::array<bool, 6>{true, false, true, true, false, false}));
+                     EXPECT_TRUE(o.columns[0].eventsGiven);
+                     EXPECT_EQ(o.target, OutputTarget::Daktronics);
+                     ASSERT_EQ(o.overrides.size(), 4u);
+                     EXPECT_EQ(o.overrides[0], (SettingOverride{"Options", "COMPort", "UDP"}));
+                     EXPECT_EQ(o.overrides[3], (SettingOverride{"Options", "Interval", "0"}));
+                 }},
+        GoodLine{"values after an equals sign",
+                 args({"--server=Gym Hall", "--meet=7", "--events=6", "--rotation=3", "--target=White-Way"}),
+                 [](const HeadlessOptions &o) {
+                     EXPECT_EQ(o.serverName, QStringLiteral("Gym Hall"));
+                     EXPECT_EQ(o.meetId, 7);
+                     EXPECT_EQ(o.columns[0].events, (std::array<bool, 6>{false, false, false, false, false, true}));
+                     EXPECT_EQ(o.rotation, 3);
+                     EXPECT_EQ(o.target, OutputTarget::WhiteWay);
+                 }},
+        GoodLine{"dual columns with their own picks",
+                 args({"--dual", "--ncaa", "--sessions", " 1 ,1A", "--group2", "4", "--sessions2", "2,3,4,5",
+                       "--events2", "2,1"}),
+                 [](const HeadlessOptions &o) {
+                     EXPECT_TRUE(o.dual);
+                     EXPECT_TRUE(o.ncaa);
+                     EXPECT_EQ(o.columns[0].sessions, QStringList({"1", "1A"}));
+                     EXPECT_EQ(o.columns[1].eventGroup, 4);
+                     EXPECT_EQ(o.columns[1].sessions, QStringList({"2", "3", "4", "5"}));
+                     EXPECT_EQ(o.columns[1].events, (std::array<bool, 6>{true, true, false, false, false, false}));
+                     EXPECT_EQ(o.columns[0].events, allEvents);
+                 }},
+        GoodLine{"every target by name, any case",
+                 args({"--target", "XPRESSION"}),
+                 [](const HeadlessOptions &o) { EXPECT_EQ(o.target, OutputTarget::Xpression); }},
+        GoodLine{"a later --set of the same value wins; nested sections become key paths",
+                 args({"--set", "Options/Interval=5", "--set", "options/interval=9", "--set",
+                       "Servers/Server1/Name=A=B", "--set", "Options/MySQLPass="}),
+                 [](const HeadlessOptions &o) {
+                     ASSERT_EQ(o.overrides.size(), 3u);
+                     EXPECT_EQ(o.overrides[0], (SettingOverride{"options", "interval", "9"}));
+                     EXPECT_EQ(o.overrides[1], (SettingOverride{"Servers\\Server1", "Name", "A=B"}));
+                     EXPECT_EQ(o.overrides[2], (SettingOverride{"Options", "MySQLPass", ""}));
+                 }},
+        GoodLine{"--help wins over anything else on the line", args({"--bogus", "--help", "--meet", "x"}),
+                 [](const HeadlessOptions &o) { EXPECT_TRUE(o.help); }}),
+    [](const testing::TestParamInfo<GoodLine> &info) { return "line" + std::to_string(info.index); });
+
+struct BadLine {
+    QStringList arguments;
+    const char *message;
+};
+
+class HeadlessBadLines : public testing::TestWithParam<BadLine> {};
+
+TEST_P(HeadlessBadLines, refusedWithItsMessage)
+{
+    const BadLine &line = GetParam();
+    const auto result = HeadlessOptions::parse(line.arguments);
+    ASSERT_TRUE(std::holds_alternative<QString>(result)) << line.arguments.join(QLatin1Char(' ')).toStdString();
+    EXPECT_EQ(std::get<QString>(result).toStdString(), line.message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    HeadlessOptionsTest, HeadlessBadLines,
+    testing::Values(
+        BadLine{args({"--colour", "red"}), "unknown option \"--colour\" (see --help)"},
+        BadLine{args({"meet.sqlite"}), "unexpected argument \"meet.sqlite\" (see --help)"},
+        BadLine{args({"--"}), "unexpected argument \"--\" (see --help)"},
+        BadLine{args({"--meet"}), "--meet needs a value"},
+        BadLine{args({"--meet", "--dual"}), "--meet needs a value"},
+        BadLine{args({"--store="}), "--store needs a value"},
+        BadLine{args({"--meet", "0"}), "--meet: \"0\" is not a whole number above 0"},
+        BadLine{args({"--meet", "two"}), "--meet: \"two\" is not a whole number above 0"},
+        BadLine{args({"--group", "-3"}), "--group: \"-3\" is not a whole number above 0"},
+        BadLine{args({"--rotation", "1.5"}), "--rotation: \"1.5\" is not a whole number above 0"},
+        BadLine{args({"--meet", "1", "--meet", "2"}), "--meet is given twice"},
+        BadLine{args({"--dual", "--dual"}), "--dual is given twice"},
+        BadLine{args({"--dual=yes"}), "--dual takes no value"},
+        BadLine{args({"--store", "/x", "--server", "Hall"}), "give --store or --server, not both"},
+        BadLine{args({"--sessions", "1,2,3,4,5"}), "--sessions: at most four sessions, got 5"},
+        BadLine{args({"--sessions", "1,,2"}), "--sessions: an empty session in \"1,,2\""},
+        BadLine{args({"--sessions", "ABCD"}), "--sessions: session \"ABCD\" is longer than 3 characters"},
+        BadLine{args({"--sessions", "1,1"}), "--sessions: session \"1\" is given twice"},
+        BadLine{args({"--events", "1,7"}), "--events: \"7\" is not an event number from 1 to 6"},
+        BadLine{args({"--events", "0"}), "--events: \"0\" is not an event number from 1 to 6"},
+        BadLine{args({"--events", "1,,2"}), "--events: \"\" is not an event number from 1 to 6"},
+        BadLine{args({"--events", "3,3"}), "--events: event 3 is given twice"},
+        BadLine{args({"--target", "jumbo"}),
+                "--target: \"jumbo\" is not one of daktronics, barco, whiteway, file, xml, xpression"},
+        BadLine{args({"--set", "Interval=0"}), "--set: \"Interval=0\" is not Section/Name=Value"},
+        BadLine{args({"--set", "Options/Interval"}), "--set: \"Options/Interval\" is not Section/Name=Value"},
+        BadLine{args({"--set", "Options/=0"}), "--set: \"Options/=0\" is not Section/Name=Value"},
+        BadLine{args({"--set", "/Interval=0"}), "--set: \"/Interval=0\" is not Section/Name=Value"},
+        BadLine{args({"--set", "Options/ Interval=0"}), "--set: \" Interval\" is not a value name"},
+        BadLine{args({"--sessions2", "1"}), "--group2, --sessions2 and --events2 need --dual"},
+        BadLine{args({"--events2", "1"}), "--group2, --sessions2 and --events2 need --dual"}),
+    [](const testing::TestParamInfo<BadLine> &info) { return "line" + std::to_string(info.index); });
+
+TEST(HeadlessOptionsTest, usageNamesEveryOption)
+{
+    const QString usage = HeadlessOptions::usage();
+    for (const char *option : {"--store", "--server", "--meet", "--group", "--sessions", "--events", "--target",
+                               "--set", "--group2", "--sessions2", "--events2", "--dual", "--ncaa", "--rotation",
+                               "--help"})
+        EXPECT_TRUE(usage.contains(QString::fromLatin1(option))) << option;
+}
+
+TEST(HeadlessOptionsTest, overlayKeyCopiesTheKeyWithTheOverridesAndLeavesTheOriginal)
+{
+    kestra::test::TempDir real;
+    kestra::test::TempDir run;
+    SettingsStore key = SettingsStore::kestraKey(real.path());
+    ASSERT_TRUE(key.WriteString(QStringLiteral("Options"), QStringLiteral("ComPort"), QStringLiteral("COM1")));
+    ASSERT_TRUE(key.WriteInteger(QStringLiteral("Options"), QStringLiteral("Interval"), 60));
+    ASSERT_TRUE(key.WriteBool(QStringLiteral("Options"), QStringLiteral("UseBarco"), true));
+    QFile file(key.filePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    file.close();
+
+    const auto parsed = HeadlessOptions::parse(
+        args({"--set", "Options/COMPort=UDP", "--set", "Options/Interval=0", "--set", "Options/IPAddr=127.0.0.1"}));
+    const auto &options = std::get<HeadlessOptions>(parsed);
+    const auto copy = overlayKey(key, run.path(), options.overrides);
+    ASSERT_TRUE(copy);
+    EXPECT_TRUE(copy->filePath().endsWith(QStringLiteral("/Kestra.ini")));
+    EXPECT_TRUE(copy->filePath().startsWith(run.path()));
+    // Overridden, spelled as the key first wrote them, and untouched values.
+    EXPECT_EQ(copy->ReadString("Options", "ComPort", ""), QStringLiteral("UDP"));
+    EXPECT_EQ(copy->ReadInteger("Options", "Interval", -1), 0);
+    EXPECT_EQ(copy->ReadString("Options", "IPAddr", ""), QStringLiteral("127.0.0.1"));
+    EXPECT_TRUE(copy->ReadBool("Options", "UseBarco", false));
+    // The real key is byte for byte as it was.
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), before);
+}
+
+TEST(HeadlessOptionsTest, overlayKeyOfAMissingKeyHoldsOnlyTheOverrides)
+{
+    kestra::test::TempDir real;
+    kestra::test::TempDir run;
+    const SettingsStore key = SettingsStore::kestraKey(real.path());
+    const auto copy = overlayKey(key, run.file(QStringLiteral("sub/dir")), {{"Options", "UDPPort", "40001"}});
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(copy->ReadString("Options", "UDPPort", ""), QStringLiteral("40001"));
+    EXPECT_EQ(copy->read().sections(), QStringList({"Options"}));
+    EXPECT_FALSE(QFile::exists(key.filePath()));
+}
+
+TEST(HeadlessOptionsTest, overlayKeyFailsWhereNoFolderCanBeMade)
+{
+    kestra::test::TempDir real;
+    const SettingsStore key = SettingsStore::kestraKey(real.path());
+    QFile blocker(real.file(QStringLiteral("plain-file")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    EXPECT_FALSE(overlayKey(key, real.file(QStringLiteral("plain-file/below")), {{"Options", "A", "1"}}));
+}
+
+} // namespace
