@@ -1,0 +1,355 @@
+#include "ui/ControlBinder.h"
+
+#include "support/LogicalControl.h"
+
+#include <QCheckBox>
+#include <QColor>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace kestra::ControlBinder {
+
+namespace {
+
+const char *const ControlProperty = "kestraControl";
+
+// A radio button unchecked by the logic must lose its mark even when it is
+// the only checked one of its group, which auto-exclusive buttons refuse.
+void setRadioChecked(QAbstractButton *radio, bool checked)
+{
+    if (radio->isChecked() == checked)
+        return;
+    const QSignalBlocker quiet(radio);
+    if (!checked && radio->autoExclusive()) {
+        radio->setAutoExclusive(false);
+        radio->setChecked(false);
+        radio->setAutoExclusive(true);
+    } else {
+        radio->setChecked(checked);
+    }
+}
+
+QStringList keysOf(const LogicalControl &control)
+{
+    return control.property(QStringLiteral("keys")).toStringList();
+}
+
+void syncItems(QComboBox *box, const LogicalControl &control)
+{
+    QStringList shown;
+    for (int i = 0; i < box->count(); ++i)
+        shown.append(box->itemText(i));
+    if (shown != control.items()) {
+        box->clear();
+        box->addItems(control.items());
+    }
+    if (box->currentIndex() != control.currentIndex())
+        box->setCurrentIndex(control.currentIndex());
+}
+
+} // namespace
+
+QString kindOf(const LogicalControl &control)
+{
+    const QString kind = control.property(QStringLiteral("kind")).toString();
+    if (!kind.isEmpty())
+        return kind;
+    const QString &name = control.name();
+    static const struct {
+        const char *prefix;
+        const char *kind;
+    } prefixes[] = {{"dblcbo", "lookup"}, {"chkcbo", "combo"}, {"dxbtn", "button"}, {"sbtn", "button"},
+                    {"btn", "button"},    {"Button", "button"}, {"chk", "check"},   {"rdo", "radio"},
+                    {"Edit", "edit"},     {"cbo", "combo"},     {"grpStatus", "status"}, {"rgrp", "radiogroup"},
+                    {"lbl", "label"},     {"Label", "label"}};
+    for (const auto &p : prefixes) {
+        if (name.startsWith(QLatin1String(p.prefix)))
+            return QString::fromLatin1(p.kind);
+    }
+    return QStringLiteral("label");
+}
+
+LogicalControl *controlOf(const QWidget *widget)
+{
+    if (!widget)
+        return nullptr;
+    return qobject_cast<LogicalControl *>(widget->property(ControlProperty).value<QObject *>());
+}
+
+QString colorName(int bgr)
+{
+    const int r = bgr & 0xFF;
+    const int g = (bgr >> 8) & 0xFF;
+    const int b = (bgr >> 16) & 0xFF;
+    return QColor(r, g, b).name();
+}
+
+void bindCommon(QWidget *widget, LogicalControl &control)
+{
+    widget->setObjectName(control.name());
+    widget->setProperty(ControlProperty, QVariant::fromValue<QObject *>(&control));
+    auto sync = [widget, &control] {
+        widget->setEnabled(control.isEnabled());
+        // Hidden only by the logic: a visible control shows with its window.
+        if (widget->isHidden() == control.isVisible())
+            widget->setHidden(!control.isVisible());
+        const QString hint = control.property(QStringLiteral("hint")).toString();
+        if (widget->toolTip() != hint)
+            widget->setToolTip(hint);
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    QObject::connect(&control, &LogicalControl::focusRequested, widget,
+                     [widget] { widget->setFocus(Qt::OtherFocusReason); });
+}
+
+QPushButton *button(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QPushButton(control.text(), parent);
+    bindCommon(widget, control);
+    QObject::connect(&control, &LogicalControl::changed, widget, [widget, &control] {
+        if (widget->text() != control.text())
+            widget->setText(control.text());
+    });
+    QObject::connect(widget, &QPushButton::clicked, &control, [&control] { control.click(); });
+    return widget;
+}
+
+QCheckBox *check(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QCheckBox(control.text(), parent);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        if (widget->text() != control.text())
+            widget->setText(control.text());
+        if (widget->isChecked() != control.isChecked()) {
+            const QSignalBlocker quiet(widget);
+            widget->setChecked(control.isChecked());
+        }
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    // The handler may change the state again; the widget follows whatever it
+    // leaves.
+    QObject::connect(widget, &QCheckBox::clicked, &control, [widget, &control](bool checked) {
+        control.operatorSetChecked(checked);
+        const QSignalBlocker quiet(widget);
+        widget->setChecked(control.isChecked());
+    });
+    return widget;
+}
+
+QRadioButton *radio(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QRadioButton(control.text(), parent);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        if (widget->text() != control.text())
+            widget->setText(control.text());
+        setRadioChecked(widget, control.isChecked());
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    QObject::connect(widget, &QRadioButton::clicked, &control, [widget, &control] {
+        if (control.isChecked()) {
+            setRadioChecked(widget, true);
+            return;
+        }
+        if (QWidget *group = widget->parentWidget()) {
+            const auto siblings = group->findChildren<QRadioButton *>(Qt::FindDirectChildrenOnly);
+            for (QRadioButton *sibling : siblings) {
+                LogicalControl *other = controlOf(sibling);
+                if (sibling != widget && other)
+                    other->setChecked(false);
+            }
+        }
+        control.operatorSetChecked(true);
+        setRadioChecked(widget, control.isChecked());
+    });
+    return widget;
+}
+
+QLineEdit *edit(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QLineEdit(control.text(), parent);
+    bindCommon(widget, control);
+    widget->setReadOnly(control.property(QStringLiteral("readOnly")).toBool());
+    QObject::connect(&control, &LogicalControl::changed, widget, [widget, &control] {
+        if (widget->text() != control.text()) {
+            const QSignalBlocker quiet(widget);
+            widget->setText(control.text());
+        }
+    });
+    QObject::connect(widget, &QLineEdit::textEdited, &control,
+                     [&control](const QString &text) { control.operatorSetText(text); });
+    return widget;
+}
+
+QComboBox *combo(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QComboBox(parent);
+    widget->setEditable(true);
+    widget->setInsertPolicy(QComboBox::NoInsert);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        const QSignalBlocker quiet(widget);
+        syncItems(widget, control);
+        if (widget->currentText() != control.text())
+            widget->setEditText(control.text());
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    QObject::connect(widget, &QComboBox::activated, &control, [widget, &control](int index) {
+        const QStringList keys = keysOf(control);
+        const QString key = index >= 0 && index < keys.size() ? keys.at(index) : widget->itemText(index);
+        control.setCurrentIndex(index);
+        control.operatorSetText(key);
+        const QSignalBlocker quiet(widget);
+        widget->setEditText(control.text());
+    });
+    QObject::connect(widget->lineEdit(), &QLineEdit::textEdited, &control,
+                     [&control](const QString &text) { control.operatorSetText(text); });
+    return widget;
+}
+
+QComboBox *lookup(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QComboBox(parent);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        const QSignalBlocker quiet(widget);
+        syncItems(widget, control);
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    QObject::connect(widget, &QComboBox::activated, &control, [widget, &control](int index) {
+        if (index != control.currentIndex())
+            control.operatorSelect(index);
+        const QSignalBlocker quiet(widget);
+        widget->setCurrentIndex(control.currentIndex());
+    });
+    return widget;
+}
+
+QLabel *label(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QLabel(control.text(), parent);
+    bindCommon(widget, control);
+    QObject::connect(&control, &LogicalControl::changed, widget, [widget, &control] {
+        if (widget->text() != control.text())
+            widget->setText(control.text());
+    });
+    return widget;
+}
+
+QLabel *status(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QLabel(parent);
+    widget->setAlignment(Qt::AlignCenter);
+    widget->setFrameShape(QFrame::Panel);
+    widget->setFrameShadow(QFrame::Sunken);
+    widget->setMinimumHeight(32);
+    QFont font = widget->font();
+    font.setBold(true);
+    font.setPointSizeF(font.pointSizeF() * 1.3);
+    widget->setFont(font);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        widget->setText(control.text());
+        const QColor back(colorName(control.color()));
+        const QString fore = back.lightness() < 110 ? QStringLiteral("#ffffff") : QStringLiteral("#000000");
+        widget->setStyleSheet(QStringLiteral("QLabel { background-color: %1; color: %2; }").arg(back.name(), fore));
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    return widget;
+}
+
+QGroupBox *radioGroup(LogicalControl &control, QWidget *parent)
+{
+    auto *box = new QGroupBox(control.text(), parent);
+    bindCommon(box, control);
+    auto *grid = new QGridLayout(box);
+    // The buttons as last drawn, to tell a change of items from one of the
+    // choice. Old buttons go later: the click that changed the items may
+    // still be running in one of them.
+    struct Drawn {
+        QStringList items;
+        int columns = -1;
+        std::vector<QPointer<QRadioButton>> buttons;
+    };
+    auto drawn = std::make_shared<Drawn>();
+    auto sync = [box, grid, drawn, &control] {
+        if (box->title() != control.text())
+            box->setTitle(control.text());
+        const QVariant columnsHint = control.property(QStringLiteral("columns"));
+        const int columns = columnsHint.isValid() ? columnsHint.toInt() : int(control.items().size());
+        if (drawn->items != control.items() || drawn->columns != columns) {
+            for (const QPointer<QRadioButton> &old : drawn->buttons) {
+                if (old) {
+                    grid->removeWidget(old);
+                    old->hide();
+                    old->setObjectName(QString());
+                    old->deleteLater();
+                }
+            }
+            drawn->buttons.clear();
+            drawn->items = control.items();
+            drawn->columns = columns;
+            const int perRow = std::max(columns, 1);
+            for (int i = 0; i < drawn->items.size(); ++i) {
+                auto *item = new QRadioButton(drawn->items.at(i), box);
+                item->setObjectName(control.name() + QStringLiteral("Item") + QString::number(i));
+                grid->addWidget(item, i / perRow, i % perRow);
+                drawn->buttons.emplace_back(item);
+                QObject::connect(item, &QRadioButton::clicked, &control, [item, i, &control] {
+                    if (control.currentIndex() != i)
+                        control.operatorSelect(i);
+                    setRadioChecked(item, control.currentIndex() == i);
+                });
+            }
+        }
+        for (size_t i = 0; i < drawn->buttons.size(); ++i) {
+            if (drawn->buttons[i])
+                setRadioChecked(drawn->buttons[i], int(i) == control.currentIndex());
+        }
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, box, sync);
+    return box;
+}
+
+QWidget *create(LogicalControl &control, QWidget *parent)
+{
+    const QString kind = kindOf(control);
+    if (kind == QLatin1String("button"))
+        return button(control, parent);
+    if (kind == QLatin1String("check"))
+        return check(control, parent);
+    if (kind == QLatin1String("radio"))
+        return radio(control, parent);
+    if (kind == QLatin1String("edit"))
+        return edit(control, parent);
+    if (kind == QLatin1String("combo"))
+        return combo(control, parent);
+    if (kind == QLatin1String("lookup"))
+        return lookup(control, parent);
+    if (kind == QLatin1String("status"))
+        return status(control, parent);
+    if (kind == QLatin1String("radiogroup"))
+        return radioGroup(control, parent);
+    return label(control, parent);
+}
+
+} // namespace kestra::ControlBinder

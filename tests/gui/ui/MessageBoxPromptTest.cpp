@@ -1,0 +1,199 @@
+#include "ui/MessageBoxPrompt.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QHostAddress>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QUdpSocket>
+
+#include <functional>
+
+using namespace kestra;
+
+namespace {
+
+QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+// The connect sequence's question: instruction, text with escaped breaks,
+// Yes/No, details behind the message's own labels.
+PromptMessage reasonQuestion()
+{
+    PromptMessage m;
+    m.caption = S("Marlowen Server Connection");
+    m.icon = PromptIcon::Error;
+    m.buttons = PromptButtons::YesNo;
+    m.instruction = S("Kestra was unable to connect to the server \"\"Hall\"\".");
+    m.text = S("Would you like to select a different server?\\nOr try again later.");
+    m.details = S("The reason is:\rconnection refused");
+    m.detailsCollapsedLabel = S("Show reason");
+    m.detailsExpandedLabel = S("Hide reason");
+    return m;
+}
+
+// Answers the next modal box from inside its own event loop.
+void answerNextBox(const std::function<void(QMessageBox &)> &answer)
+{
+    QTimer::singleShot(0, [answer] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        answer(*box);
+    });
+}
+
+TEST(MessageBoxPromptTest, taskDialogTextsBreaksIconAndButtons)
+{
+    const PromptMessage m = reasonQuestion();
+    const auto box = MessageBoxPrompt::build(m, nullptr);
+    EXPECT_EQ(box->windowTitle(), S("Marlowen Server Connection"));
+    EXPECT_EQ(box->text(), S("Kestra was unable to connect to the server \"\"Hall\"\"."));
+    EXPECT_EQ(box->informativeText(), S("Would you like to select a different server?\nOr try again later."));
+    EXPECT_EQ(box->icon(), QMessageBox::Critical);
+    EXPECT_EQ(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
+    EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Yes));
+    EXPECT_EQ(box->escapeButton(), box->button(QMessageBox::No));
+    EXPECT_EQ(box->detailedText(), S("The reason is:\nconnection refused"));
+    EXPECT_EQ(box->textFormat(), Qt::PlainText);
+}
+
+struct BoxCase {
+    const char *what;
+    PromptButtons buttons;
+    PromptIcon icon;
+    QMessageBox::StandardButton defaultButton;
+    QMessageBox::Icon shownIcon;
+};
+
+class MessageBoxPromptButtons : public testing::TestWithParam<BoxCase> {};
+
+TEST_P(MessageBoxPromptButtons, defaultButtonAndIcon)
+{
+    const BoxCase &c = GetParam();
+    PromptMessage m;
+    m.caption = S("Data Validation Error");
+    m.text = S("A session number must be entered for NCAA Mode");
+    m.buttons = c.buttons;
+    m.icon = c.icon;
+    const auto box = MessageBoxPrompt::build(m, nullptr);
+    EXPECT_EQ(box->defaultButton(), box->button(c.defaultButton)) << c.what;
+    EXPECT_EQ(box->icon(), c.shownIcon) << c.what;
+    // A plain box has its text as the main line.
+    EXPECT_EQ(box->text(), m.text);
+    EXPECT_TRUE(box->informativeText().isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MessageBoxPromptTest, MessageBoxPromptButtons,
+    testing::Values(BoxCase{"ok", PromptButtons::Ok, PromptIcon::Error, QMessageBox::Ok, QMessageBox::Critical},
+                    BoxCase{"yes first", PromptButtons::YesNo, PromptIcon::Question, QMessageBox::Yes,
+                            QMessageBox::Question},
+                    BoxCase{"no first", PromptButtons::YesNoDefaultNo, PromptIcon::Warning, QMessageBox::No,
+                            QMessageBox::Warning},
+                    BoxCase{"information", PromptButtons::Ok, PromptIcon::Information, QMessageBox::Ok,
+                            QMessageBox::Information},
+                    BoxCase{"no icon", PromptButtons::Ok, PromptIcon::None, QMessageBox::Ok, QMessageBox::NoIcon}));
+
+TEST(MessageBoxPromptTest, askAnswersWithTheButtonPressed)
+{
+    MessageBoxPrompt prompt;
+    answerNextBox([](QMessageBox &box) { box.button(QMessageBox::No)->click(); });
+    EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::No);
+    answerNextBox([](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
+    EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::Yes);
+    // Escape on a question is No.
+    answerNextBox([](QMessageBox &box) { box.reject(); });
+    EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::No);
+
+    PromptMessage plain;
+    plain.caption = S("Open Window Warning");
+    plain.text = S("All windows must be closed before the server can be changed.");
+    answerNextBox([](QMessageBox &box) { box.reject(); });
+    EXPECT_EQ(prompt.ask(plain), PromptAnswer::Ok);
+}
+
+TEST(MessageBoxPromptTest, detailsOpenBehindTheMessagesOwnLabels)
+{
+    MessageBoxPrompt prompt;
+    QStringList labels;
+    answerNextBox([&labels](QMessageBox &box) {
+        QAbstractButton *more = nullptr;
+        for (QAbstractButton *b : box.buttons())
+            if (box.buttonRole(b) == QMessageBox::ActionRole)
+                more = b;
+        ASSERT_NE(more, nullptr);
+        labels << more->text();
+        more->click();
+        labels << more->text();
+        more->click();
+        labels << more->text();
+        box.button(QMessageBox::Yes)->click();
+    });
+    EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::Yes);
+    EXPECT_EQ(labels, QStringList({S("Show reason"), S("Hide reason"), S("Show reason")}));
+}
+
+TEST(MessageBoxPromptTest, timersAndDatagramsAreServedWhileTheBoxIsUp)
+{
+    QUdpSocket listener;
+    ASSERT_TRUE(listener.bind(QHostAddress::LocalHost, 0));
+    QByteArray received;
+    QObject::connect(&listener, &QUdpSocket::readyRead, [&] {
+        while (listener.hasPendingDatagrams()) {
+            QByteArray datagram(int(listener.pendingDatagramSize()), '\0');
+            listener.readDatagram(datagram.data(), datagram.size());
+            received += datagram;
+        }
+    });
+    int ticks = 0;
+    QTimer ticker;
+    ticker.setInterval(5);
+    QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start();
+
+    QUdpSocket sender;
+    QTimer::singleShot(0, [&] {
+        sender.writeDatagram(QByteArray("SCOREGEN,1"), QHostAddress::LocalHost, listener.localPort());
+    });
+    // The box stays until both have been seen from inside its loop.
+    QTimer watcher;
+    watcher.setInterval(5);
+    QObject::connect(&watcher, &QTimer::timeout, [&] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (box && ticks >= 3 && !received.isEmpty())
+            box->button(QMessageBox::Ok)->click();
+    });
+    watcher.start();
+
+    MessageBoxPrompt prompt;
+    PromptMessage m;
+    m.caption = S("Error sending event score");
+    m.text = S("Device error 5");
+    EXPECT_EQ(prompt.ask(m), PromptAnswer::Ok);
+    EXPECT_GE(ticks, 3);
+    EXPECT_EQ(received, QByteArray("SCOREGEN,1"));
+}
+
+TEST(MessageBoxPromptTest, theBoxSitsOverItsOwner)
+{
+    QWidget owner;
+    MessageBoxPrompt prompt(&owner);
+    QWidget *seenParent = nullptr;
+    answerNextBox([&seenParent](QMessageBox &box) {
+        seenParent = box.parentWidget();
+        box.accept();
+    });
+    PromptMessage m;
+    m.text = S("x");
+    prompt.ask(m);
+    EXPECT_EQ(seenParent, &owner);
+}
+
+} // namespace
