@@ -54,6 +54,13 @@ void syncItems(QComboBox *box, const LogicalControl &control)
         box->clear();
         box->addItems(control.items());
     }
+    // Session boxes list their keys; each key's description comes as a hint.
+    const QStringList descriptions = control.property(QStringLiteral("descriptions")).toStringList();
+    for (int i = 0; i < box->count(); ++i) {
+        const QString description = descriptions.value(i);
+        if (box->itemData(i, Qt::ToolTipRole).toString() != description)
+            box->setItemData(i, description, Qt::ToolTipRole);
+    }
     if (box->currentIndex() != control.currentIndex())
         box->setCurrentIndex(control.currentIndex());
 }
@@ -72,7 +79,7 @@ QString kindOf(const LogicalControl &control)
     } prefixes[] = {{"dblcbo", "lookup"}, {"chkcbo", "combo"}, {"dxbtn", "button"}, {"sbtn", "button"},
                     {"btn", "button"},    {"Button", "button"}, {"chk", "check"},   {"rdo", "radio"},
                     {"Edit", "edit"},     {"cbo", "combo"},     {"grpStatus", "status"}, {"rgrp", "radiogroup"},
-                    {"lbl", "label"},     {"Label", "label"}};
+                    {"lbl", "label"},     {"Label", "label"},   {"grp", "group"}};
     for (const auto &p : prefixes) {
         if (name.startsWith(QLatin1String(p.prefix)))
             return QString::fromLatin1(p.kind);
@@ -278,7 +285,7 @@ QLabel *status(LogicalControl &control, QWidget *parent)
 
 QGroupBox *radioGroup(LogicalControl &control, QWidget *parent)
 {
-    auto *box = new QGroupBox(control.text(), parent);
+    auto *box = new QGroupBox(parent);
     bindCommon(box, control);
     auto *grid = new QGridLayout(box);
     // The buttons as last drawn, to tell a change of items from one of the
@@ -291,8 +298,10 @@ QGroupBox *radioGroup(LogicalControl &control, QWidget *parent)
     };
     auto drawn = std::make_shared<Drawn>();
     auto sync = [box, grid, drawn, &control] {
-        if (box->title() != control.text())
-            box->setTitle(control.text());
+        const QString title =
+            control.text().isEmpty() ? control.property(QStringLiteral("caption")).toString() : control.text();
+        if (box->title() != title)
+            box->setTitle(title);
         const QVariant columnsHint = control.property(QStringLiteral("columns"));
         const int columns = columnsHint.isValid() ? columnsHint.toInt() : int(control.items().size());
         if (drawn->items != control.items() || drawn->columns != columns) {
@@ -330,6 +339,17 @@ QGroupBox *radioGroup(LogicalControl &control, QWidget *parent)
     return box;
 }
 
+QGroupBox *group(LogicalControl &control, QWidget *parent)
+{
+    auto *box = new QGroupBox(control.text(), parent);
+    bindCommon(box, control);
+    QObject::connect(&control, &LogicalControl::changed, box, [box, &control] {
+        if (box->title() != control.text())
+            box->setTitle(control.text());
+    });
+    return box;
+}
+
 QWidget *create(LogicalControl &control, QWidget *parent)
 {
     const QString kind = kindOf(control);
@@ -349,6 +369,8 @@ QWidget *create(LogicalControl &control, QWidget *parent)
         return status(control, parent);
     if (kind == QLatin1String("radiogroup"))
         return radioGroup(control, parent);
+    if (kind == QLatin1String("group"))
+        return group(control, parent);
     return label(control, parent);
 }
 

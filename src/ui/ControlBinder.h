@@ -27,13 +27,14 @@ namespace ControlBinder {
 
 // The kinds a control names in its property "kind". A control without one is
 // known by the prefix of its name ("btn", "chk", "rdo", "Edit", "cbo",
-// "dblcbo", "lbl", "grpStatus", "rgrp").
+// "dblcbo", "lbl", "grpStatus", "rgrp", "grp").
 QString kindOf(const LogicalControl &control);
 
 // A bound widget of the control's kind: button QPushButton, check QCheckBox,
 // radio QRadioButton, edit QLineEdit, combo an editable QComboBox, lookup a
 // QComboBox, label QLabel, status a coloured QLabel, radiogroup a QGroupBox
-// of radio buttons. An unknown kind is drawn as a label.
+// of radio buttons, group an empty QGroupBox. An unknown kind is drawn as a
+// label.
 QWidget *create(LogicalControl &control, QWidget *parent);
 
 QPushButton *button(LogicalControl &control, QWidget *parent);
@@ -52,10 +53,12 @@ QComboBox *lookup(LogicalControl &control, QWidget *parent);
 QLabel *label(LogicalControl &control, QWidget *parent);
 // The text on the control's colour (0x00BBGGRR).
 QLabel *status(LogicalControl &control, QWidget *parent);
-// Titled by the control's text, one radio button an item (objectName
+// Titled by the control's text (its "caption" without one), one radio button an item (objectName
 // name + "Item" + index), laid out in property "columns" columns (all in one
 // row without it); rebuilt when the items change.
 QGroupBox *radioGroup(LogicalControl &control, QWidget *parent);
+// A titled frame that other widgets are put in.
+QGroupBox *group(LogicalControl &control, QWidget *parent);
 
 // The common part of every binding: objectName, enabled, visible, the hint
 // as tooltip and focus requests. create() and the functions above call it.

@@ -78,6 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KindCase{"lblMust1", "label", "label", "QLabel"},
                     KindCase{"grpStatus", "status", "status", "QLabel"},
                     KindCase{"rgrpRotation", "radiogroup", "radiogroup", "QGroupBox"},
+                    KindCase{"grpStatus1", "group", "group", "QGroupBox"},
                     // The kind property wins over the name.
                     KindCase{"chkOdd", "button", "button", "QPushButton"},
                     // Without one, the prefix tells.
@@ -92,6 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KindCase{"Label11", "", "label", "QLabel"},
                     KindCase{"grpStatus", "", "status", "QLabel"},
                     KindCase{"rgrpAddr", "", "radiogroup", "QGroupBox"},
+                    KindCase{"grpColumn", "", "group", "QGroupBox"},
                     KindCase{"mysteryThing", "", "label", "QLabel"},
                     KindCase{"widget", "gauge", "gauge", "QLabel"}),
     [](const testing::TestParamInfo<KindCase> &info) { return std::string(info.param.name) + "_" + std::to_string(info.index); });
@@ -255,9 +257,11 @@ TEST(ControlBinderTest, listsPickAsTheOperator)
     LogicalControl &session = c.add(S("cboSession1"));
     session.setItems({S("1  Morning"), S("2  Evening")});
     session.setProperty(S("keys"), QStringList({S("1"), S("2")}));
+    session.setProperty(S("descriptions"), QStringList({S("Morning"), S("Evening")}));
     QStringList texts;
     session.setClickHandler([&] { texts << session.text(); });
     auto *sessionBox = ControlBinder::combo(session, &window);
+    EXPECT_EQ(sessionBox->itemData(1, Qt::ToolTipRole).toString(), S("Evening"));
     sessionBox->setCurrentIndex(1);
     emit sessionBox->activated(1);
     EXPECT_EQ(session.text(), S("2"));
@@ -281,7 +285,8 @@ TEST(ControlBinderTest, radioGroupFollowsItsItemsAndReportsTheChoice)
 {
     ControlSet c;
     QWidget window;
-    LogicalControl &rotation = c.add(S("rgrpRotation"), S("NCAA Rotation"));
+    LogicalControl &rotation = c.add(S("rgrpRotation"));
+    rotation.setProperty(S("caption"), S("NCAA Rotation"));
     int clicks = 0;
     rotation.setClickHandler([&] { ++clicks; });
     QGroupBox *box = ControlBinder::radioGroup(rotation, &window);

@@ -1,0 +1,104 @@
+#!/usr/bin/env bash
+# The main job on a fresh machine: installs what is needed, builds the
+# programs (Release, no sanitizers, into build-demo), makes and seeds an
+# embedded meet database, and runs the generator against it:
+#
+#   kestra-devstore feed   publishes one score every few seconds, as the
+#                          scoring product does while judges post them
+#   kestra-headless        polls the queue and sends Daktronics frames by UDP
+#                          to 127.0.0.1
+#   kestra-board           a virtual board on that port, printing what a real
+#                          board would show
+#
+# Usage: scripts/demo.sh [STORE_FOLDER]   (default ~/.local/share/kestra-demo)
+# Ctrl-C ends everything cleanly. Environment knobs:
+#   KESTRA_DEMO_PORT      UDP port of the board (40001)
+#   KESTRA_DEMO_EVERY     seconds between two fed scores (3)
+#   KESTRA_DEMO_INTERVAL  minimum seconds a score stays up (5)
+#   KESTRA_DEMO_SECONDS   stop by itself after this many seconds (run until Ctrl-C)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+top=$PWD
+
+store=${1:-${KESTRA_DEMO_STORE:-$HOME/.local/share/kestra-demo}}
+port=${KESTRA_DEMO_PORT:-40001}
+every=${KESTRA_DEMO_EVERY:-3}
+interval=${KESTRA_DEMO_INTERVAL:-5}
+seconds=${KESTRA_DEMO_SECONDS:-}
+build=${KESTRA_DEMO_BUILD:-build-demo}
+
+say() { printf '\033[1m== %s\033[0m\n' "$*"; }
+
+say "Installing what is missing (scripts/setup.sh)"
+scripts/setup.sh
+
+say "Building into $build (Release)"
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRA_SANITIZE=OFF \
+      -DKESTRA_WARNINGS_FATAL=OFF -DKESTRA_BUILD_BENCH=OFF -DBUILD_TESTING=OFF >/dev/null
+cmake --build "$build" --target kestra-headless kestra-devstore kestra-board
+
+devstore=$top/$build/tools/kestra-devstore
+board=$top/$build/tools/kestra-board
+headless=$top/$build/src/app/kestra-headless
+
+# The demo keeps settings of its own beside its store, so the operator's
+# settings are neither read nor changed.
+mkdir -p "$store/config" "$store/state"
+export XDG_CONFIG_HOME="$store/config" XDG_STATE_HOME="$store/state"
+
+say "Meet database: $store/Marlowen.sqlite (schema and sample meet, made afresh)"
+"$devstore" seed "$store" --force
+
+pids=()
+stopping=0
+stop_all() {
+  [ "$stopping" = 1 ] && return
+  stopping=1
+  trap - INT TERM
+  echo
+  say "Stopping"
+  local pid
+  for pid in "${pids[@]}"; do
+    kill -TERM "$pid" 2>/dev/null || true
+  done
+  # Each child stops in order on TERM; none is left behind.
+  for pid in "${pids[@]}"; do
+    for _ in $(seq 50); do
+      kill -0 "$pid" 2>/dev/null || break
+      sleep 0.1
+    done
+    kill -KILL "$pid" 2>/dev/null || true
+    wait "$pid" 2>/dev/null || true
+  done
+}
+trap 'stop_all; exit 0' INT TERM
+trap stop_all EXIT
+
+say "Virtual board listening on UDP 127.0.0.1:$port"
+"$board" --udp "$port" --bind 127.0.0.1 &
+pids+=($!)
+
+say "Scoring feed: one score every $every s"
+"$devstore" feed "$store" --every "$every" > >(sed -u 's/^/[feed] /') &
+pids+=($!)
+
+say "Generator: Daktronics frames by UDP to 127.0.0.1:$port (Ctrl-C to end)"
+"$headless" --store "$store" --target daktronics \
+  --set Options/COMPort=UDP --set "Options/UDPPort=$port" --set Options/IPAddr=127.0.0.1 \
+  --set "Options/Interval=$interval" --set "Options/IntervalMax=$((interval * 6))" &
+generator=$!
+pids+=($generator)
+
+if [ -n "$seconds" ]; then
+  ( sleep "$seconds"; kill -TERM $$ 2>/dev/null ) &
+  timer=$!
+fi
+
+status=0
+wait "$generator" || status=$?
+[ -n "${timer:-}" ] && kill "$timer" 2>/dev/null
+if [ "$stopping" = 0 ]; then
+  echo "kestra-headless ended with status $status" >&2
+  stop_all
+  exit "$status"
+fi
