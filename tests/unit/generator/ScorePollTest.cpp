@@ -472,3 +472,23 @@ TEST_F(ScorePollTest, NoEventsInTheGroupIsAQuietTick)
     EXPECT_TRUE(f.markedRows().isEmpty());
     EXPECT_TRUE(writer->calls.isEmpty());
 }
+
+TEST_F(ScorePollTest, StoppedTimersMoveNoDeadline)
+{
+    // Pause and Stop only stop the ticks: a score stays up for as long as
+    // they last, its hold ends on the first tick after, the blank on the next.
+    f.tickOnly(1, {1});
+    f.addScore(1, 1, "1", 101);
+    tickAt(kStart);
+    const int waiting = f.addScore(1, 1, "1", 102);
+    drain();
+    tickAt(kStart + 600000);
+    EXPECT_EQ(slot(1).HoldUntil, 0);
+    EXPECT_EQ(slot(1).WaitUntil, kStart + 180000);
+    EXPECT_EQ(drain(), QStringList{});
+    EXPECT_FALSE(f.isMarked(waiting));
+    tickAt(kStart + 604000);
+    EXPECT_TRUE(f.isMarked(waiting)) << "a waiting row replaces it before any blank";
+    EXPECT_EQ(drain(), QStringList{"event 1/1"});
+    EXPECT_EQ(slot(1).Num, 102);
+}
