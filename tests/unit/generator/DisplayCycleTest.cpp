@@ -330,20 +330,3 @@ TEST_F(DisplayCycleTest, ClearOpensTheXpressionConnectionForItselfOnly)
     cycle.btnClearClick();
     EXPECT_TRUE(steps.isEmpty()) << "other targets need no connection";
 }
-
-TEST(NCAATeamsTest, RowsCountFromOneAndStartEmpty)
-{
-    NCAATeams teams;
-    for (int r = 1; r <= 6; ++r) {
-        EXPECT_TRUE(teams.row(r).isEmpty());
-        EXPECT_EQ(teams.row(r).Panel, -1);
-        EXPECT_EQ(teams.row(r).RotationEvent, -1);
-        EXPECT_EQ(teams.row(r).LineupCount, 0);
-    }
-    EXPECT_THROW(teams.row(0), std::out_of_range);
-    EXPECT_THROW(teams.row(7), std::out_of_range);
-    teams.row(6).GymID = 4;
-    EXPECT_FALSE(teams.row(6).isEmpty());
-    teams.clear();
-    EXPECT_TRUE(teams.row(6).isEmpty());
-}
