@@ -196,7 +196,10 @@ bool NowUpListeners::listen(Listener &l)
         delete socket;
         log(l, QStringLiteral("listen"),
             QStringLiteral("cannot listen on %1 port %2: %3; trying again")
-                .arg(m_address.toString()).arg(port).arg(why));
+                .arg(m_address == QHostAddress(QHostAddress::Any) ? QStringLiteral("any address")
+                                                                  : m_address.toString())
+                .arg(port)
+                .arg(why));
         l.failing = true;
         retryLater(l);
         return false;
@@ -226,12 +229,6 @@ bool NowUpListeners::listen(Listener &l)
     l.failing = false;
     l.nextDelay = m_firstRetry;
     emit listeningChanged(l.channel, true);
-    // Datagrams may have come between the bind and the connections.
-    if (socket->hasPendingDatagrams())
-        QMetaObject::invokeMethod(this, [this, &l, socket] {
-            if (l.socket == socket)
-                readPending(l);
-        }, Qt::QueuedConnection);
     return true;
 }
 

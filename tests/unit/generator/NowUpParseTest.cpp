@@ -119,6 +119,12 @@ TEST(NowUpXmlParse, Datagrams)
         {"undeclared entity", nowUp(kAnn, "<Gym>&nbsp;</Gym>"), std::nullopt, NowUpFault::XmlNotWellFormed},
         {"invalid UTF-8", "<NewScore Ev_Num=\"1\" X=\"\xff\xfe\"/>", std::nullopt, NowUpFault::XmlNotWellFormed},
         {"NUL inside", QByteArray("<NewScore Ev_Num=\"1\"\0/>", 24), std::nullopt, NowUpFault::XmlNotWellFormed},
+        {"entities that expand without end",
+         "<!DOCTYPE NewScore [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
+         "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
+         "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\"><!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">]>"
+         "<NewScore Ev_Num=\"1\" X=\"&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;\"/>",
+         std::nullopt, NowUpFault::XmlNotWellFormed},
         {"a fault after a good root is still a fault", R"(<NewScore Ev_Num="1"/><)", std::nullopt,
          NowUpFault::XmlNotWellFormed},
     };
