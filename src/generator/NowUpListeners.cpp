@@ -318,14 +318,28 @@ NowUpParse NowUpListeners::handle(Listener &l, QByteArrayView datagram, const QS
     if (!m_fill)
         return parsed;
     const NowUpAction &a = *parsed.action;
-    // Nothing may escape into the event loop; the fill's own failures (a
-    // trace file that cannot be written) are told and the listener goes on.
+    // Nothing may escape into the event loop.
     try {
         m_fill(a.eventNumber, 1, a.num, a.name, a.gym);
-    } catch (const std::exception &e) {
-        log(l, QStringLiteral("fill"),
-            QStringLiteral("now-up line of event %1 from %2 not completed: %3")
-                .arg(a.eventNumber).arg(from, QString::fromLocal8Bit(e.what())));
+    } catch (...) {
+        if (m_failureHandler) {
+            const std::exception_ptr failure = std::current_exception();
+            try {
+                m_failureHandler(failure);
+            } catch (...) {
+                log(l, QStringLiteral("fill"), QStringLiteral("the failure handler failed in turn"));
+            }
+        } else {
+            QString what = QStringLiteral("unknown failure");
+            try {
+                throw;
+            } catch (const std::exception &e) {
+                what = QString::fromLocal8Bit(e.what());
+            } catch (...) {
+            }
+            log(l, QStringLiteral("fill"),
+                QStringLiteral("now-up line of event %1 from %2 not completed: %3").arg(a.eventNumber).arg(from, what));
+        }
     }
     return parsed;
 }

@@ -11,6 +11,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 
@@ -66,6 +67,11 @@ public:
     void setLogSink(NowUpFaultLog::Sink sink);
     // The clock of the log's limit; the system clock unless told otherwise.
     void setTickSource(TickSource &ticks);
+    // What becomes of a failure thrown by the fill call (a lost meet database
+    // connection while the title is read, a trace file that cannot be
+    // written): the main window hands it to the application-wide handler.
+    // Without one it is logged. The listener goes on either way.
+    void setFailureHandler(std::function<void(std::exception_ptr)> handler) { m_failureHandler = std::move(handler); }
     // Delay before the first retry; each failed retry doubles it up to most.
     void setRetryDelays(std::chrono::milliseconds first, std::chrono::milliseconds most);
 
@@ -107,6 +113,7 @@ private:
 
     NameFormatSource m_nameFormat;
     FillNowUp m_fill;
+    std::function<void(std::exception_ptr)> m_failureHandler;
     QHostAddress m_address{QHostAddress::Any};
     NowUpFaultLog::Sink m_sink;
     std::unique_ptr<TickSource> m_ownTicks;

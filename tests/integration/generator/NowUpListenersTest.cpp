@@ -3,6 +3,7 @@
 // board socket.
 #include "NowUpStation.h"
 
+#include "meetdb/LostConnection.h"
 #include "outputs/EventSlot.h"
 
 #include <QTimer>
@@ -264,6 +265,26 @@ TEST_F(NowUpListenersTest, AFillThatThrowsIsLoggedAndTheListenerGoesOn)
     ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,2,10,Bo"));
     EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BARS", "10", "Bo", ""));
     EXPECT_EQ(station.frames().size(), 1);
+}
+
+TEST_F(NowUpListenersTest, ALostConnectionGoesToTheApplicationWideHandler)
+{
+    RecordingPrompt operatorBox;
+    bool restarted = false;
+    LostConnectionHandler handler(operatorBox, {nullptr, [] { return QStringLiteral("MEETSRV"); },
+                                                [&] { restarted = true; }, nullptr});
+    station.listeners.setFailureHandler([&](std::exception_ptr e) { handler.HandleApplicationException(e); });
+    station.context.connectionLost = true;
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,1,9,Ann"));
+    EXPECT_TRUE(restarted);
+    ASSERT_EQ(operatorBox.messages.size(), 1u);
+    EXPECT_TRUE(operatorBox.messages[0].text.contains(QStringLiteral("MEETSRV")));
+    EXPECT_TRUE(station.log.isEmpty());
+    EXPECT_EQ(station.nowUpRegion(), QByteArray(420, ' '));
+    // Until the program is gone, the listener stays up.
+    station.context.connectionLost = false;
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,1,9,Ann"));
+    EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "9", "Ann", ""));
 }
 
 // A failed send ends in a modal box; while it is up, datagrams on the same

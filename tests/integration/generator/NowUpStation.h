@@ -5,6 +5,7 @@
 // board socket on loopback, and both listeners on free ports of any address.
 
 #include "generator/NowUpListeners.h"
+#include "meetdb/StoreError.h"
 #include "outputs/Daktronics.h"
 #include "outputs/DebugTrace.h"
 #include "outputs/DeviceTransport.h"
@@ -32,6 +33,8 @@ struct NowUpContext final : DisplayContext {
     std::array<std::array<bool, 7>, 3> ticked{};
     bool dual = false;
     int format = 0;
+    // The Events row cannot be read: the meet server went away.
+    bool connectionLost = false;
     DisplayWriter *writer = nullptr;
     mutable RecordingPrompt recorder;
 
@@ -41,7 +44,13 @@ struct NowUpContext final : DisplayContext {
             side.fill(true);
     }
     int numEvents(int side) const override { return int(titles[side].size()); }
-    QString eventTitle(int side, int n) const override { return titles[side].value(n - 1); }
+    QString eventTitle(int side, int n) const override
+    {
+        if (connectionLost)
+            throw StoreError(StoreError::Kind::ConnectionLost, StoreBackend::Postgres,
+                             QStringLiteral("server closed the connection unexpectedly"));
+        return titles[side].value(n - 1);
+    }
     bool isEventTicked(int n, int side) const override { return ticked[side][n]; }
     bool isDual() const override { return dual; }
     int nameFormat() const override { return format; }
