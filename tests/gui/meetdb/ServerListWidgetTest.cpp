@@ -1,0 +1,135 @@
+#include "meetdb/RegisteredServersForm.h"
+#include "ui/frmRegisteredServers.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace kestra;
+using kestra::test::RecordingPrompt;
+using kestra::test::TempDir;
+using kestra::test::waitUntil;
+
+namespace {
+
+void press(QWidget *widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {})
+{
+    QKeyEvent down(QEvent::KeyPress, key, modifiers, text);
+    QApplication::sendEvent(widget, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, modifiers, text);
+    QApplication::sendEvent(widget, &up);
+}
+
+void type(QLineEdit *edit, const QString &text)
+{
+    edit->setFocus();
+    edit->selectAll();
+    press(edit, Qt::Key_Backspace);
+    for (QChar ch : text)
+        press(edit, Qt::Key_unknown, Qt::NoModifier, QString(ch));
+}
+
+const QList<ServerEntry> Stored = {{"Summit", "10.0.0.7", "", "Remote"}, {"Arena", "10.0.0.5", "", "LAN / WAN"}};
+
+} // namespace
+
+TEST(ServerListWidget, DrawsTheListLoadsAfterShowingAndForwardsTheOperator)
+{
+    TempDir dir;
+    SettingsStore key = SettingsStore::marlowenKey(dir.path());
+    ASSERT_TRUE(RegisteredServers(key).rewrite(Stored));
+    ASSERT_TRUE(RegisteredServers(key).setCurrentServerName(QStringLiteral("Summit")));
+    RecordingPrompt prompt;
+    RegisteredServersForm logic(key, prompt);
+    frmRegisteredServers window(logic);
+
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Manage Servers"));
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowCloseButtonHint);
+    EXPECT_FALSE(logic.isLoaded()) << "the list loads once the window stands";
+    window.show();
+    ASSERT_TRUE(waitUntil([&] { return logic.isLoaded(); }));
+
+    auto *grid = window.findChild<QTableWidget *>(QStringLiteral("grdServers"));
+    ASSERT_TRUE(grid);
+    EXPECT_EQ(grid->horizontalHeaderItem(0)->text(), QStringLiteral("Server Name"));
+    EXPECT_EQ(grid->horizontalHeaderItem(1)->text(), QStringLiteral("Location"));
+    ASSERT_EQ(grid->rowCount(), 2);
+    EXPECT_EQ(grid->item(0, 0)->text(), QStringLiteral("Arena"));
+    EXPECT_EQ(grid->item(1, 1)->text(), QStringLiteral("Remote"));
+    EXPECT_EQ(grid->currentRow(), 1);
+    auto *name = window.findChild<QLineEdit *>(QStringLiteral("EditName"));
+    auto *ip = window.findChild<QLineEdit *>(QStringLiteral("EditIP"));
+    auto *host = window.findChild<QLineEdit *>(QStringLiteral("EditHost"));
+    auto *location = window.findChild<QComboBox *>(QStringLiteral("dbcboLocation"));
+    ASSERT_TRUE(name && ip && host && location);
+    EXPECT_EQ(name->text(), QStringLiteral("Summit"));
+    EXPECT_EQ(location->currentText(), QStringLiteral("Remote"));
+    auto *ok = window.findChild<QPushButton *>(QStringLiteral("btnOK"));
+    auto *save = window.findChild<QToolButton *>(QStringLiteral("sbtnSave"));
+    ASSERT_TRUE(ok && save);
+    EXPECT_TRUE(ok->isDefault());
+    EXPECT_EQ(ok->text(), QStringLiteral("&Connect to Selected Server"));
+    EXPECT_FALSE(save->isEnabled());
+
+    // Picking a row shows it; typing starts an edit.
+    grid->setCurrentCell(0, 0);
+    EXPECT_EQ(name->text(), QStringLiteral("Arena"));
+    type(host, QStringLiteral("arena.local"));
+    EXPECT_EQ(logic.state(), RegisteredServersForm::State::Edit);
+    EXPECT_TRUE(save->isEnabled());
+    // The address mask refuses what can never be an address.
+    type(ip, QStringLiteral("10.0.0.999"));
+    EXPECT_EQ(ip->text(), QStringLiteral("10.0.0.99"));
+    press(ip, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(logic.state(), RegisteredServersForm::State::Browse);
+    EXPECT_EQ(RegisteredServers(key).entries().front(), (ServerEntry{"Arena", "10.0.0.99", "arena.local", "LAN / WAN"}));
+
+    // Insert makes a new row; the validation message comes through the prompt.
+    press(grid, Qt::Key_Insert);
+    EXPECT_EQ(logic.state(), RegisteredServersForm::State::Insert);
+    EXPECT_TRUE(name->text().isEmpty());
+    save->click();
+    ASSERT_EQ(prompt.messages.size(), 1u);
+    EXPECT_EQ(prompt.messages[0].caption, QStringLiteral("Validation Error"));
+
+    // Escape is Cancel: the new row goes, the saved edit stays.
+    press(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(window.result(), QDialog::Rejected);
+    EXPECT_EQ(logic.result(), RegisteredServersForm::Result::Cancel);
+    EXPECT_EQ(RegisteredServers(key).entries().size(), 2);
+}
+
+TEST(ServerListWidget, ExecuteReturnsTheConfirmedServer)
+{
+    TempDir dir;
+    SettingsStore key = SettingsStore::marlowenKey(dir.path());
+    ASSERT_TRUE(RegisteredServers(key).rewrite(Stored));
+    RecordingPrompt prompt;
+    // The operator double-clicks the first row once the window is up.
+    QTimer::singleShot(0, [] {
+        waitUntil([] {
+            auto *w = qobject_cast<frmRegisteredServers *>(QApplication::activeModalWidget());
+            return w && w->findChild<QTableWidget *>(QStringLiteral("grdServers"))->rowCount() == 2;
+        });
+        auto *w = QApplication::activeModalWidget();
+        if (!w)
+            return;
+        auto *grid = w->findChild<QTableWidget *>(QStringLiteral("grdServers"));
+        grid->setCurrentCell(0, 0);
+        emit grid->cellDoubleClicked(0, 0);
+    });
+    const std::optional<QString> chosen = frmRegisteredServers::execute(key, prompt, nullptr);
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(*chosen, QStringLiteral("Arena"));
+    EXPECT_TRUE(prompt.messages.empty()) << "no server was in use, so no warning";
+}
