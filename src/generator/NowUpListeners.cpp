@@ -20,6 +20,7 @@ constexpr int kReadsPerWakeUp = 64;
 // Datagrams waiting to be handled, which only pile up while a handler is held
 // in a modal box; beyond this they are dropped and counted.
 constexpr std::size_t kBacklog = 1024;
+constexpr int kReadFailuresToRestart = 3;
 
 QString senderText(const QHostAddress &address, quint16 port)
 {
@@ -42,6 +43,7 @@ struct NowUpListeners::Listener {
     QTimer retry;
     std::chrono::milliseconds nextDelay{0};
     bool failing = false; // listening was lost or could not begin, not yet back
+    int readFailures = 0; // reads in a row that failed
     std::deque<QNetworkDatagram> backlog;
     bool drainQueued = false;
     Counts counts;
@@ -207,6 +209,7 @@ bool NowUpListeners::listen(Listener &l)
 
     l.socket = socket;
     l.boundPort = socket->localPort();
+    l.readFailures = 0;
     connect(socket, &QUdpSocket::readyRead, this, [this, &l] { readPending(l); });
     connect(socket, &QAbstractSocket::errorOccurred, this, [this, &l](QAbstractSocket::SocketError) {
         if (!l.socket)
@@ -255,8 +258,14 @@ void NowUpListeners::readPending(Listener &l)
     QUdpSocket *socket = l.socket;
     for (int i = 0; socket && i < kReadsPerWakeUp && socket->hasPendingDatagrams(); ++i) {
         QNetworkDatagram datagram = socket->receiveDatagram();
-        if (!datagram.isValid())
-            break; // the failure comes through errorOccurred
+        if (!datagram.isValid()) {
+            // Told through errorOccurred; a socket that keeps failing to
+            // read is as good as lost.
+            if (++l.readFailures >= kReadFailuresToRestart)
+                listeningLost(l, QStringLiteral("reading keeps failing: %1").arg(socket->errorString()));
+            break;
+        }
+        l.readFailures = 0;
         if (l.backlog.size() >= kBacklog) {
             ++l.counts.dropped;
             log(l, QStringLiteral("backlog"),

@@ -165,10 +165,10 @@ NowUpParse parseNowUpXml(QByteArrayView datagram, int nameFormat)
     }
     if (reader.hasError()) {
         return fault(NowUpFault::XmlNotWellFormed,
-                     QStringLiteral("%1 at line %2, column %3")
-                         .arg(reader.errorString())
+                     QStringLiteral("not well-formed XML, line %1, column %2: %3")
                          .arg(reader.lineNumber())
-                         .arg(reader.columnNumber()));
+                         .arg(reader.columnNumber())
+                         .arg(reader.errorString()));
     }
 
     const bool newScore = root.name == kNewScore;

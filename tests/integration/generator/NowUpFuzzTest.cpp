@@ -212,7 +212,7 @@ TEST_F(NowUpFuzzTest, ThousandsOverTheRealSockets)
 {
     ASSERT_TRUE(station.listeners.start());
     constexpr int kDatagrams = 4000;
-    constexpr int kBatch = 100;
+    constexpr int kBatch = 50;
     DatagramMaker maker(424242);
     const QByteArray outside = station.outsideNowUp();
     int sent[2] = {0, 0};
