@@ -59,8 +59,9 @@ public:
     NowUpListeners(NameFormatSource nameFormat, FillNowUp fill, QObject *parent = nullptr);
     ~NowUpListeners() override;
 
-    // Taken by the next start(). 0 picks a free port, which port() reports
-    // once listening; a restart after a loss keeps that port.
+    // Taken by the next start(). The program keeps the fixed ports; tests
+    // pass 0 to pick a free port, which port() reports once listening. A
+    // restart after a loss keeps the port listened on.
     void setPorts(quint16 xmlPort, quint16 linePort);
     void setAddress(const QHostAddress &address) { m_address = address; }
     // Where log lines go; standard error unless told otherwise.
