@@ -1,0 +1,730 @@
+#include "MainRig.h"
+
+#include "kestra/Version.h"
+#include "meetdb/StoreError.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+using namespace kestra;
+using kestra::test::MainRig;
+
+namespace {
+
+QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+// A connect sequence the operator gives up.
+class GivenUpConnection final : public MeetConnection {
+public:
+    bool connectAtStartup() override
+    {
+        ++attempts;
+        return false;
+    }
+    bool changeServer() override { return false; }
+    bool isConnected() const override { return false; }
+    MeetStore &store() override { throw std::logic_error("no store"); }
+    QString currentServerName() const override { return {}; }
+    int attempts = 0;
+};
+
+QString readIni(const MainRig &rig)
+{
+    QFile file(rig.configFolder + S("/Kestra.ini"));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace
+
+TEST(KestraMainTest, ShowingOnASeededStoreSelectsTheLastMeetOfTheScoringProduct)
+{
+    const struct {
+        QVariant lastMeet;
+        int meetIndex;
+        QVariant eventKey;
+        QStringList sessions;
+        QString title1;
+    } cases[] = {
+        {1, 0, 1, {S("1"), S("2"), S("3")}, S("VAULT")},
+        {2, 1, 3, {S("1")}, S("VAULT")},
+        // A meet the table does not hold leaves the cursor on the first row.
+        {99, 0, 1, {S("1"), S("2"), S("3")}, S("VAULT")},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.lastMeet.toInt());
+        MainRig rig([&](MeetStore &s) { s.execute(S("update Host set LastMeet = %1").arg(c.lastMeet.toInt())); });
+        ASSERT_TRUE(rig.open());
+        EXPECT_EQ(rig(S("dblcboMeets")).items(), (QStringList{S("Spring Classic 2024"), S("Winter Quad 2024")}));
+        EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), c.meetIndex);
+        EXPECT_EQ(rig(S("dblcboEvent1")).property(S("key")).toInt(), c.eventKey.toInt());
+        EXPECT_EQ(rig(S("dblcboEvent2")).property(S("key")).toInt(), c.eventKey.toInt());
+        EXPECT_EQ(rig(S("cboSession1")).items(), c.sessions);
+        EXPECT_EQ(rig(S("cboSession2z")).items(), c.sessions);
+        EXPECT_EQ(rig(S("lblEvent11")).text(), c.title1);
+        EXPECT_EQ(rig.main().table(S("Meets"))->value(S("MeetID")).toInt(), c.meetIndex + 1);
+        EXPECT_TRUE(rig.prompt.messages.empty());
+    }
+}
+
+TEST(KestraMainTest, AnEmptyHostTableSelectsNoMeetAndLeavesTheSessionListsEmpty)
+{
+    MainRig rig([](MeetStore &s) { s.execute(S("delete from Host")); });
+    ASSERT_TRUE(rig.open());
+    EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), -1);
+    EXPECT_TRUE(rig(S("dblcboMeets")).property(S("key")).isNull());
+    EXPECT_TRUE(rig(S("cboSession1")).items().isEmpty());
+    EXPECT_TRUE(rig.main().memSessions().isEmpty());
+    EXPECT_EQ(rig(S("lblEvent11")).text(), QString());
+}
+
+TEST(KestraMainTest, AConnectionGivenUpEndsTheProgramBeforeTheWindowIsShown)
+{
+    MainRig rig;
+    GivenUpConnection givenUp;
+    KestraMain main(givenUp, SettingsStore::kestraKey(rig.configFolder), SettingsStore::marlowenKey(rig.configFolder),
+                    rig.prompt, rig.ticks, rig.record, rig.transport);
+    int quits = 0;
+    QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
+    EXPECT_FALSE(main.create());
+    EXPECT_TRUE(main.isProgramClosing());
+    EXPECT_EQ(quits, 1);
+    main.show();
+    EXPECT_FALSE(main.isShown());
+    EXPECT_EQ(main.table(S("Meets")), nullptr);
+    EXPECT_FALSE(main.start());
+    EXPECT_EQ(givenUp.attempts, 1);
+    EXPECT_EQ(main.title(), S("Kestra v%1 - Jumbotron Display Generator, Server: ").arg(S(version::productVersion)));
+}
+
+TEST(KestraMainTest, AStoreThatCannotBeOpenedIsToldAndEndsTheProgram)
+{
+    MainRig rig;
+    ASSERT_TRUE(QDir(rig.dbFolder).removeRecursively());
+    QFile blocker(rig.dbFolder); // a file where the folder should be
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    EXPECT_FALSE(rig.main().create());
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+    EXPECT_FALSE(rig.prompt.messages[0].text.isEmpty());
+    EXPECT_EQ(rig.quits, 1);
+}
+
+TEST(KestraMainTest, TheTitleNamesTheVersionAndTheServerInUse)
+{
+    MainRig rig;
+    QStringList titles;
+    QObject::connect(&rig.main(), &KestraMain::titleChanged, [&](const QString &t) { titles << t; });
+    ASSERT_TRUE(rig.open());
+    const QString expected = S("Kestra v") + S(version::productVersion) + S(" - Jumbotron Display Generator, Server: Test Server");
+    EXPECT_EQ(rig.main().title(), expected);
+    ASSERT_FALSE(titles.isEmpty());
+    EXPECT_EQ(titles.last(), expected);
+}
+
+TEST(KestraMainTest, EveryControlCarriesItsKindAndTheWindowStartsStopped)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    const QStringList kinds = {S("button"), S("check"), S("radio"), S("edit"),       S("combo"),
+                               S("lookup"), S("label"), S("status"), S("radiogroup"), S("group")};
+    for (LogicalControl *control : rig.main().controls().all()) {
+        SCOPED_TRACE(control->name().toStdString());
+        EXPECT_TRUE(kinds.contains(control->property(S("kind")).toString()));
+        EXPECT_FALSE(control->property(S("group")).toString().isEmpty());
+    }
+    const struct {
+        const char *name;
+        const char *kind;
+        const char *text;
+        bool visible;
+        bool checked;
+    } expected[] = {
+        {"btnScoreStart", "button", "Start", true, false},
+        {"btnScoreStop", "button", "Stop", false, false},
+        {"grpStatus", "status", "Stopped", true, false},
+        {"chkPause", "check", "Pause Scoreboard Display", true, false},
+        {"chkDual", "check", "Enable dual-session display", true, false},
+        {"chkNCAA", "check", "NCAA Mode", true, false},
+        {"chkEventTest", "check", "Event Display Test Mode", true, false},
+        {"chkDebugIO", "check", "Debug IO Output?", true, false},
+        {"chkSTXETX", "check", "Include STX/ETX characters?", false, false},
+        {"rdoDaktronics", "radio", "Daktronics", true, true},
+        {"rdoBarco", "radio", "Barco", true, false},
+        {"rdoWhiteWay", "radio", "White Way", true, false},
+        {"rdoFile", "radio", "File Output", true, false},
+        {"rdoXML", "radio", "XML File", true, false},
+        {"rdoXpression", "radio", "Xpression", true, false},
+        {"btnSelectFile", "button", "Select File", false, false},
+        {"btnClear", "button", "Clear Events", true, false},
+        {"btnShowTest", "button", "Show Sample", true, false},
+        {"Button1", "button", "Output Status", true, false},
+        {"dxbtnDisplayResults", "button", "Results", true, false},
+        {"dxbtnAbout", "button", "About Kestra", true, false},
+        {"dxbtnSetupUnits", "button", "Setup", true, false},
+        {"dxbtnLocateServer", "button", "Manage Servers", true, false},
+        {"lblMust1", "label", "(Optional)", true, false},
+        {"lblMust2", "label", "(Required)", true, false},
+        {"Label11", "label", "-------- (Optional) --------", true, false},
+        {"lblOptional", "label", "-------- (Optional) --------", true, false},
+        {"grpStatus1", "group", "Generator Status", true, false},
+        {"grpStatus2", "group", "Generator Status", true, false},
+        {"chkEvent42", "check", "", true, true},
+        {"chkPause42", "check", "", true, false},
+        {"chkEvent52", "check", "", false, true},
+        {"EditWait62", "edit", "", false, false},
+        {"rgrpRotation", "radiogroup", "", true, false},
+    };
+    for (const auto &e : expected) {
+        SCOPED_TRACE(e.name);
+        const LogicalControl &control = rig(S(e.name));
+        EXPECT_EQ(control.property(S("kind")).toString(), S(e.kind));
+        EXPECT_EQ(control.text(), S(e.text));
+        EXPECT_EQ(control.isVisible(), e.visible);
+        EXPECT_EQ(control.isChecked(), e.checked);
+    }
+    EXPECT_EQ(rig(S("grpStatus")).color(), KestraMain::ColorRed);
+    EXPECT_EQ(rig(S("grpStatus")).property(S("caption")).toString(), S("Kestra is:"));
+    EXPECT_EQ(rig(S("chkPause11")).property(S("hint")).toString(),
+              S("Check the box to pause display of scores for this event"));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    for (int t = 1; t <= 4; ++t)
+        EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
+    EXPECT_EQ(rig.main().timer(1).interval(), 4000);
+    EXPECT_EQ(rig.main().timer(3).interval(), 4000);
+}
+
+TEST(KestraMainTest, AFreshWindowHidesEveryEventPauseBoxUntilAGroupIsShown)
+{
+    MainRig rig([](MeetStore &s) { s.execute(S("delete from Host")); });
+    ASSERT_TRUE(rig.main().create());
+    for (int side = 1; side <= 2; ++side) {
+        for (int i = 1; i <= 6; ++i)
+            EXPECT_FALSE(rig(S("chkPause%1%2").arg(i).arg(side)).isVisible());
+    }
+}
+
+TEST(KestraMainTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
+{
+    const struct {
+        const char *ini;
+        const char *checked;
+        bool fileControls;
+        bool stxetx;
+    } cases[] = {
+        {"", "rdoDaktronics", false, false},
+        {"UseBarco=1\n", "rdoBarco", false, false},
+        {"UseFile=1\nUseDaktronics=1\n", "rdoFile", true, true},
+        {"UseXML=1\nUseXpression=1\n", "rdoXpression", false, false},
+        {"UseXML=1\nOutputFileName=/srv/board.xml\nSTXETX=1\n", "rdoXML", true, false},
+        // Every flag false leaves no button checked.
+        {"UseDaktronics=0\n", nullptr, false, false},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.ini);
+        MainRig rig({}, c.ini);
+        ASSERT_TRUE(rig.main().create());
+        for (const QString &name : KestraMain::targetButtons())
+            EXPECT_EQ(rig(name).isChecked(), c.checked && name == S(c.checked)) << name.toStdString();
+        EXPECT_EQ(rig(S("btnSelectFile")).isVisible(), c.fileControls);
+        EXPECT_EQ(rig(S("lblFileName")).isVisible(), c.fileControls);
+        EXPECT_EQ(rig(S("lblStatus")).isVisible(), c.fileControls);
+        EXPECT_EQ(rig(S("chkSTXETX")).isVisible(), c.stxetx);
+        EXPECT_EQ(rig.main().checkedWriter() != nullptr, c.checked && S(c.checked) == S("rdoDaktronics"));
+    }
+    MainRig rig({}, "UseXML=1\nOutputFileName=/srv/board.xml\nSTXETX=1\nNCAAMode=1\n");
+    ASSERT_TRUE(rig.main().create());
+    EXPECT_EQ(rig(S("lblFileName")).text(), S("/srv/board.xml"));
+    EXPECT_TRUE(rig(S("chkSTXETX")).isChecked());
+    EXPECT_TRUE(rig(S("chkNCAA")).isChecked());
+}
+
+TEST(KestraMainTest, EachStateEnablesItsControlsAndTimers)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().start()) << rig.main().lastError().toStdString();
+
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Running"));
+    EXPECT_EQ(rig(S("grpStatus")).color(), KestraMain::ColorGreen);
+    EXPECT_FALSE(rig(S("btnScoreStart")).isVisible());
+    EXPECT_TRUE(rig(S("btnScoreStop")).isVisible());
+    for (const QString &name : KestraMain::runLockedControls())
+        EXPECT_FALSE(rig(name).isEnabled()) << name.toStdString();
+    // The event boxes and the rotation stay live during a run.
+    EXPECT_TRUE(rig(S("chkEvent11")).isEnabled());
+    EXPECT_TRUE(rig(S("chkPause31")).isEnabled());
+    EXPECT_TRUE(rig(S("chkPause")).isEnabled());
+    EXPECT_TRUE(rig(S("dxbtnDisplayResults")).isEnabled());
+    EXPECT_TRUE(rig.main().timer(1).isActive());
+    EXPECT_FALSE(rig.main().timer(2).isActive());
+    EXPECT_FALSE(rig.main().timer(3).isActive());
+    EXPECT_FALSE(rig.main().timer(4).isActive());
+    EXPECT_NE(rig.main().table(S("Gymnasts")), nullptr);
+    EXPECT_FALSE(rig.main().start()); // the Start button is hidden
+
+    // Pause stops both polls; unpausing starts both, the second one even in
+    // single-session display.
+    ASSERT_TRUE(rig.main().setPaused(true));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Paused);
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Paused"));
+    EXPECT_EQ(rig(S("grpStatus")).color(), KestraMain::ColorYellow);
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+    EXPECT_FALSE(rig.main().timer(3).isActive());
+    ASSERT_TRUE(rig.main().setPaused(false));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
+    EXPECT_TRUE(rig.main().timer(1).isActive());
+    EXPECT_TRUE(rig.main().timer(3).isActive());
+
+    // Stop in the paused state keeps the box, so the next Start says "Paused"
+    // while both polls run.
+    ASSERT_TRUE(rig.main().setPaused(true));
+    rig.main().stop();
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Stopped"));
+    EXPECT_EQ(rig(S("grpStatus")).color(), KestraMain::ColorRed);
+    EXPECT_TRUE(rig(S("chkPause")).isChecked());
+    EXPECT_EQ(rig.main().table(S("Gymnasts")), nullptr);
+    for (int t = 1; t <= 4; ++t)
+        EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
+    for (const QString &name : KestraMain::runLockedControls()) {
+        const bool secondColumn = name == S("dblcboEvent2") || name.startsWith(S("cboSession2"));
+        EXPECT_EQ(rig(name).isEnabled(), !secondColumn) << name.toStdString();
+    }
+
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Paused);
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Paused"));
+    EXPECT_TRUE(rig.main().timer(1).isActive());
+    rig.main().stop();
+
+    // Dual display gives the second column back at Stop.
+    ASSERT_TRUE(rig.main().setDual(true));
+    ASSERT_TRUE(rig.main().setSessions(1, {S("1")}));
+    ASSERT_TRUE(rig.main().setSessions(2, {S("2")}));
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_TRUE(rig.main().timer(3).isActive());
+    rig.main().stop();
+    for (const QString &name : KestraMain::runLockedControls())
+        EXPECT_TRUE(rig(name).isEnabled()) << name.toStdString();
+    EXPECT_TRUE(rig.prompt.messages.empty());
+}
+
+TEST(KestraMainTest, APauseClickWhileStoppedChangesOnlyTheBox)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().setPaused(true));
+    EXPECT_TRUE(rig(S("chkPause")).isChecked());
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Stopped"));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+    EXPECT_FALSE(rig.main().timer(3).isActive());
+}
+
+TEST(KestraMainTest, StartEnablesTheTimersOfTheTargetAndTheMode)
+{
+    const struct {
+        OutputTarget target;
+        bool ncaa;
+        bool timer2;
+        bool timer4;
+    } cases[] = {
+        {OutputTarget::Daktronics, false, false, false}, {OutputTarget::Barco, false, true, false},
+        {OutputTarget::WhiteWay, false, false, false},   {OutputTarget::File, false, true, false},
+        {OutputTarget::XML, false, true, false},         {OutputTarget::Xpression, false, false, false},
+        {OutputTarget::Daktronics, true, false, true},   {OutputTarget::XML, true, true, true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(int(c.target) * 10 + int(c.ncaa));
+        MainRig rig({}, "CycleRate=7\n");
+        int loads = 0;
+        int mysqlConnects = 0;
+        rig.main().hooks().loadNcaaTeams = [&] { ++loads; };
+        rig.main().hooks().connectMySql = [&](const KestraSettings &) { ++mysqlConnects; };
+        ASSERT_TRUE(rig.open());
+        ASSERT_TRUE(rig.main().selectTarget(c.target));
+        ASSERT_TRUE(rig.main().setNcaa(c.ncaa));
+        if (c.ncaa) {
+            ASSERT_TRUE(rig.main().setSessions(1, {S("1")}));
+        }
+        ASSERT_TRUE(rig.main().start()) << rig.main().lastError().toStdString();
+        EXPECT_TRUE(rig.main().timer(1).isActive());
+        EXPECT_EQ(rig.main().timer(2).isActive(), c.timer2);
+        if (c.timer2) {
+            EXPECT_EQ(rig.main().timer(2).interval(), 2000);
+        }
+        EXPECT_EQ(rig.main().timer(4).isActive(), c.timer4);
+        if (c.timer4) {
+            EXPECT_EQ(rig.main().timer(4).interval(), 7000);
+        }
+        EXPECT_EQ(loads, c.ncaa ? 1 : 0);
+        EXPECT_EQ(mysqlConnects, c.target == OutputTarget::Xpression ? 1 : 0);
+        // Pause leaves the record and NCAA timers running.
+        ASSERT_TRUE(rig.main().setPaused(true));
+        EXPECT_EQ(rig.main().timer(2).isActive(), c.timer2);
+        EXPECT_EQ(rig.main().timer(4).isActive(), c.timer4);
+        EXPECT_FALSE(rig.main().timer(1).isActive());
+    }
+}
+
+TEST(KestraMainTest, StartRegistersTheApplicationOnce)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 0);
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_EQ(rig.scalar(S("select AppName from ScoreApps where AppID = 4")).toString(), S("Kestra"));
+    rig.main().stop();
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+
+    // A row the scoring product made under another name is left alone.
+    MainRig other([](MeetStore &s) {
+        s.insertRow(S("ScoreApps"), {{S("AppID"), 4}, {S("AppName"), S("Generator")}});
+    });
+    ASSERT_TRUE(other.open());
+    ASSERT_TRUE(other.main().start());
+    EXPECT_EQ(other.scalar(S("select count(*) from ScoreApps")).toInt(), 1);
+    EXPECT_EQ(other.scalar(S("select AppName from ScoreApps")).toString(), S("Generator"));
+}
+
+TEST(KestraMainTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAndFocus)
+{
+    const struct {
+        bool dual;
+        bool ncaa;
+        QStringList sessions1;
+        QStringList sessions2;
+        int group2;
+        const char *message; // null: accepted
+        const char *focus;
+    } cases[] = {
+        {true, false, {}, {S("2")}, 1, "A session number must be entered for dual-session generation", "cboSession1"},
+        {true, false, {S("1")}, {}, 1, "A session number must be entered for dual-session generation", "cboSession2"},
+        {true, false, {}, {}, 1, "A session number must be entered for dual-session generation", "cboSession1"},
+        {true, false, {S("2")}, {S("2")}, 1, "The sessions must be different in a dual session using the same events",
+         "cboSession1"},
+        {true, true, {S("2")}, {S("2")}, 1, "The sessions must be different in a dual session using the same events",
+         "cboSession1"},
+        {false, true, {}, {}, 1, "A session number must be entered for NCAA Mode", "cboSession1"},
+        {true, false, {S("2")}, {S("2")}, 2, nullptr, nullptr},
+        {true, false, {S("1")}, {S("3")}, 1, nullptr, nullptr},
+        {false, true, {S("1")}, {}, 1, nullptr, nullptr},
+        {false, false, {}, {}, 1, nullptr, nullptr},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(QStringLiteral("%1 %2 [%3] [%4] %5")
+                         .arg(c.dual)
+                         .arg(c.ncaa)
+                         .arg(c.sessions1.join(','), c.sessions2.join(','))
+                         .arg(c.group2)
+                         .toStdString());
+        MainRig rig;
+        ASSERT_TRUE(rig.open());
+        ASSERT_TRUE(rig.main().setDual(c.dual));
+        ASSERT_TRUE(rig.main().setNcaa(c.ncaa));
+        ASSERT_TRUE(rig.main().setSessions(1, c.sessions1));
+        if (c.dual) {
+            ASSERT_TRUE(rig.main().setSessions(2, c.sessions2));
+            ASSERT_TRUE(rig.main().selectEventGroup(2, c.group2));
+        }
+        const bool started = rig.main().start();
+        if (!c.message) {
+            EXPECT_TRUE(started);
+            EXPECT_TRUE(rig.prompt.messages.empty());
+            continue;
+        }
+        EXPECT_FALSE(started);
+        ASSERT_EQ(rig.prompt.messages.size(), 1u);
+        EXPECT_EQ(rig.prompt.messages[0].text, S(c.message));
+        EXPECT_EQ(rig.prompt.messages[0].caption, S("Data Validation Error"));
+        EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+        EXPECT_EQ(rig.prompt.messages[0].buttons, PromptButtons::Ok);
+        EXPECT_EQ(rig.main().controls().focused(), S(c.focus));
+        // Refused: still stopped, nothing locked, no timer, but the
+        // application is registered already.
+        EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+        EXPECT_TRUE(rig(S("btnScoreStart")).isVisible());
+        EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
+        EXPECT_FALSE(rig.main().timer(1).isActive());
+        EXPECT_EQ(rig.main().table(S("Gymnasts")), nullptr);
+        EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+    }
+}
+
+TEST(KestraMainTest, StartClearsEveryNowUpLineButLeavesTheRestOfTheBlock)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    rig.main().lines().FillNowUpLine(1, 1, S("101"), S("Jane Doe"), S("Riverside"));
+    rig.main().lines().FillNowUpLine(3, 1, S("205"), S("Ann Lee"), S("Summit"));
+    rig.record.pack(layout::eventName(2), QByteArrayView("Kept Name"));
+    rig.record.pack(layout::leaderTitle1(1), QByteArrayView("All Around"));
+    const int before = int(rig.frames(2).size());
+    ASSERT_EQ(before, 2);
+
+    ASSERT_TRUE(rig.main().start());
+    for (int slot = 1; slot <= 4; ++slot) {
+        SCOPED_TRACE(slot);
+        EXPECT_EQ(rig.record.read(layout::nowUpNum(slot)), QByteArray(4, ' '));
+        EXPECT_EQ(rig.record.read(layout::nowUpName(slot)), QByteArray(40, ' '));
+        EXPECT_EQ(rig.record.read(layout::nowUpGym(slot)), QByteArray(20, ' '));
+    }
+    EXPECT_EQ(rig.record.read(layout::nowUpTitle(3)), QByteArray("BEAM  "));
+    EXPECT_EQ(rig.record.text(layout::eventName(2)).trimmed(), S("Kept Name"));
+    EXPECT_EQ(rig.record.text(layout::leaderTitle1(1)).trimmed(), S("All Around"));
+    // Lines 1 and 3 changed and went out; 2 and 4 got their titles.
+    EXPECT_EQ(rig.frames(before + 4).size(), before + 4);
+    EXPECT_TRUE(rig.prompt.messages.empty());
+
+    // Stop sends nothing and clears nothing.
+    rig.main().lines().FillNowUpLine(2, 1, S("300"), S("Kim Park"), S("Summit"));
+    const QByteArray block = rig.record.bytes();
+    const int sent = int(rig.frames(before + 5).size());
+    rig.main().stop();
+    EXPECT_EQ(rig.record.bytes(), block);
+    EXPECT_EQ(rig.frames().size(), sent);
+}
+
+TEST(KestraMainTest, SlotsAreZeroedAtCreationAndLeftAloneByStartAndStop)
+{
+    MainRig rig;
+    for (auto &row : rig.main().eventSlots()) {
+        for (EventSlot &slot : row) {
+            slot.HoldUntil = -77;
+            slot.WaitUntil = 88;
+            slot.Num = 5;
+        }
+    }
+    ASSERT_TRUE(rig.open());
+    for (const auto &row : rig.main().eventSlots()) {
+        for (const EventSlot &slot : row) {
+            EXPECT_EQ(slot.HoldUntil, 0);
+            EXPECT_EQ(slot.WaitUntil, 0);
+            EXPECT_EQ(slot.Num, 5); // only the deadlines are reset
+        }
+    }
+    rig.main().eventSlots()[2][0].HoldUntil = 123456;
+    rig.main().eventSlots()[2][0].WaitUntil = 234567;
+    rig.main().eventSlots()[4][1].HoldUntil = -99;
+    ASSERT_TRUE(rig.main().start());
+    rig.main().stop();
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_EQ(rig.main().eventSlots()[2][0].HoldUntil, 123456);
+    EXPECT_EQ(rig.main().eventSlots()[2][0].WaitUntil, 234567);
+    EXPECT_EQ(rig.main().eventSlots()[4][1].HoldUntil, -99);
+}
+
+TEST(KestraMainTest, StartAndStopEmptyTheStatusColumnsOnlyAtStart)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    rig(S("EditNum11")).setText(S("101"));
+    rig(S("EditScore42")).setText(S("9.500"));
+    rig(S("EditWait61")).setText(S("2"));
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_EQ(rig(S("EditNum11")).text(), QString());
+    EXPECT_EQ(rig(S("EditScore42")).text(), QString());
+    rig(S("EditNum21")).setText(S("102"));
+    rig.main().stop();
+    EXPECT_EQ(rig(S("EditNum21")).text(), S("102"));
+}
+
+TEST(KestraMainTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
+{
+    MainRig rig({}, "Interval=9\n");
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::XML));
+    EXPECT_TRUE(rig(S("btnSelectFile")).isVisible());
+    EXPECT_FALSE(rig(S("chkSTXETX")).isVisible());
+    rig.main().hooks().selectFile = [](const KestraMain::FileRequest &request) {
+        EXPECT_EQ(request.defaultSuffix, S("xml"));
+        EXPECT_EQ(request.filter, S("XML Files|*.XML"));
+        return S("/srv/out/board.xml");
+    };
+    rig(S("btnSelectFile")).click();
+    EXPECT_EQ(rig(S("lblFileName")).text(), S("/srv/out/board.xml"));
+    ASSERT_TRUE(rig.main().setNcaa(true));
+    rig(S("chkSTXETX")).setChecked(true);
+    rig.main().workingSettings().Interval = 3; // working values are not stored at close
+
+    int listenerStops = 0;
+    rig.main().hooks().stopListeners = [&] { ++listenerStops; };
+    EXPECT_TRUE(rig.main().close());
+    const SettingsStore key = SettingsStore::kestraKey(rig.configFolder);
+    const struct {
+        const char *name;
+        QString value;
+    } stored[] = {{"UseDaktronics", S("0")}, {"UseBarco", S("0")}, {"UseWhiteWay", S("0")},
+                  {"UseFile", S("0")},       {"UseXML", S("1")},   {"UseXpression", S("0")},
+                  {"NCAAMode", S("1")},      {"STXETX", S("1")},   {"OutputFileName", S("/srv/out/board.xml")},
+                  {"Interval", S("9")}};
+    for (const auto &s : stored)
+        EXPECT_EQ(key.ReadString(S("Options"), S(s.name), S("?")).toLower(), s.value.toLower()) << s.name;
+    EXPECT_FALSE(key.ValueExists(S("Options"), S("CycleRate")));
+    EXPECT_EQ(rig.main().table(S("Meets")), nullptr);
+    EXPECT_FALSE(rig.transport.isUdpConnected());
+
+    // A second close writes nothing.
+    ASSERT_TRUE(QFile::remove(rig.configFolder + S("/Kestra.ini")));
+    EXPECT_TRUE(rig.main().close());
+    EXPECT_FALSE(QFile::exists(rig.configFolder + S("/Kestra.ini")));
+    EXPECT_EQ(listenerStops, 0); // never started: no hook at show
+}
+
+TEST(KestraMainTest, CloseDuringARunStopsEveryTimer)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::Barco));
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_TRUE(rig.main().close());
+    for (int t = 1; t <= 4; ++t)
+        EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
+    EXPECT_TRUE(readIni(rig).contains(S("UseBarco=1"), Qt::CaseInsensitive));
+}
+
+TEST(KestraMainTest, ShowHandsTheLinkSettingsOnAndStartsTheListenersOnce)
+{
+    MainRig rig({}, "BaseAddr=1000\n");
+    int starts = 0;
+    rig.main().hooks().startListeners = [&] { ++starts; };
+    ASSERT_TRUE(rig.open());
+    rig.main().show();
+    EXPECT_EQ(starts, 1);
+    EXPECT_EQ(rig.transport.portName(), S("UDP"));
+    EXPECT_EQ(rig.transport.baseAddress(), 1000);
+    EXPECT_EQ(rig.transport.udpAddress(), S("127.0.0.1"));
+    EXPECT_TRUE(rig.transport.isUdpConnected());
+
+    // A serial interface leaves the UDP client unconnected.
+    MainRig serial({}, "ComPort=COM3\n");
+    ASSERT_TRUE(serial.open());
+    EXPECT_EQ(serial.transport.portName(), S("COM3"));
+    EXPECT_FALSE(serial.transport.isUdpConnected());
+}
+
+TEST(KestraMainTest, TheSetupWindowsValuesAreReadBackAndHandedOn)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    bool udpDuringSetup = true;
+    rig.main().hooks().showSetup = [&] {
+        udpDuringSetup = rig.transport.isUdpConnected();
+        SettingsStore key = SettingsStore::kestraKey(rig.configFolder);
+        key.WriteString(S("Options"), S("ComPort"), S("COM4"));
+        key.WriteInteger(S("Options"), S("Interval"), 12);
+        key.WriteString(S("Options"), S("MySQLServer"), S("10.0.0.9"));
+    };
+    rig(S("dxbtnSetupUnits")).click();
+    EXPECT_FALSE(udpDuringSetup);
+    EXPECT_EQ(rig.main().settings().Interval, 12);
+    EXPECT_EQ(rig.main().settings().MySQLServer, S("10.0.0.9"));
+    EXPECT_EQ(rig.transport.portName(), S("COM4"));
+    EXPECT_FALSE(rig.transport.isUdpConnected());
+}
+
+TEST(KestraMainTest, ALostConnectionStopsEverythingTellsTheOperatorAndRestarts)
+{
+    MainRig rig;
+    int resultsTimerStops = 0;
+    rig.main().hooks().stopResultsTimer = [&] { ++resultsTimerStops; };
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::File));
+    ASSERT_TRUE(rig.main().start());
+    rig.main().handleException(std::make_exception_ptr(
+        StoreError(StoreError::Kind::ConnectionLost, StoreBackend::Postgres, S("server closed the connection"))));
+    for (int t = 1; t <= 4; ++t)
+        EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
+    EXPECT_EQ(resultsTimerStops, 1);
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].caption, S("Marlowen Server Connection"));
+    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+    EXPECT_EQ(rig.prompt.messages[0].text,
+              S("Kestra is no longer able to communicate with the server \"Test Server\".\n"
+                "The connection to the server has been lost.\n\nKestra will now be restarted."));
+    EXPECT_EQ(rig.restarts, 1);
+    EXPECT_EQ(rig.quits, 1);
+    // Nothing is stored on this way out.
+    EXPECT_FALSE(readIni(rig).contains(S("UseFile"), Qt::CaseInsensitive));
+}
+
+TEST(KestraMainTest, AnyOtherFailureIsShownAndTheRunGoesOn)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().start());
+    // A handler failing inside a click: the table it needs is gone.
+    rig.peer().execute(S("drop table ScoreApps"));
+    rig.main().stop();
+    ASSERT_FALSE(rig.main().start());
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+    EXPECT_FALSE(rig.prompt.messages[0].text.isEmpty());
+    EXPECT_EQ(rig.restarts, 0);
+    EXPECT_EQ(rig.quits, 0);
+    EXPECT_TRUE(rig(S("btnScoreStart")).isVisible());
+
+    // A handler of the program's own takes every failure when given.
+    std::vector<std::exception_ptr> seen;
+    rig.main().hooks().exceptionHandler = [&](std::exception_ptr e) { seen.push_back(e); };
+    EXPECT_FALSE(rig.main().start());
+    EXPECT_EQ(seen.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages.size(), 1u);
+}
+
+TEST(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    rig.main().hooks().closeResults = [] { return false; };
+    rig(S("dxbtnLocateServer")).click();
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].caption, S("Open Window Warning"));
+    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Warning);
+    EXPECT_EQ(rig.prompt.messages[0].text,
+              S("All windows must be closed before the server can be changed.\n\n"
+                "Please save any changes and close any open windows and then try again."));
+    EXPECT_NE(rig.main().table(S("Meets")), nullptr);
+
+    // With the window closed the tables come back on the scoring product's
+    // last meet, whatever the operator had chosen.
+    rig.main().hooks().closeResults = [] { return true; };
+    ASSERT_TRUE(rig.main().selectMeet(2));
+    rig(S("dxbtnLocateServer")).click();
+    EXPECT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), 0);
+    EXPECT_EQ(rig.main().table(S("Meets"))->value(S("MeetID")).toInt(), 1);
+    EXPECT_EQ(rig(S("dblcboEvent1")).property(S("key")).toInt(), 1);
+    EXPECT_EQ(rig.quits, 0);
+}
+
+TEST(KestraMainTest, TheContextReadsTheSelectedRowsAndTheMeetFlags)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    EXPECT_EQ(rig.main().numEvents(1), 4);
+    EXPECT_EQ(rig.main().eventTitle(1, 2), S("BARS"));
+    EXPECT_TRUE(rig.main().MeetsUseDBonus());
+    EXPECT_TRUE(rig.main().MeetsUseJNBonus());
+    EXPECT_TRUE(rig.main().MeetsScoreMethod());
+    ASSERT_TRUE(rig.main().selectMeet(2));
+    EXPECT_FALSE(rig.main().MeetsUseDBonus());
+    EXPECT_FALSE(rig.main().MeetsUseJNBonus());
+    EXPECT_FALSE(rig.main().MeetsScoreMethod());
+    EXPECT_EQ(rig.main().eventTitle(2, 1), S("VAULT"));
+    ASSERT_TRUE(rig.main().setTickedEvents(1, {1, 3}));
+    EXPECT_FALSE(rig.main().isEventTicked(2, 1));
+    EXPECT_TRUE(rig.main().isEventTicked(3, 1));
+    rig.main().close();
+    EXPECT_EQ(rig.main().numEvents(1), 0);
+    EXPECT_FALSE(rig.main().MeetsUseDBonus());
+}

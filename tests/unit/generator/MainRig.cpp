@@ -1,0 +1,112 @@
+#include "MainRig.h"
+
+#include "meetdb/DevStore.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+namespace kestra::test {
+
+namespace {
+
+QString seededTemplate()
+{
+    static TempDir folder;
+    static bool made = false;
+    if (!made) {
+        auto store = DevStore::openOrCreate(folder.path());
+        DevStore::createSchema(*store, false);
+        DevStore::seed(*store);
+        store->close();
+        made = true;
+    }
+    return folder.file(QStringLiteral("Marlowen.sqlite"));
+}
+
+} // namespace
+
+void copySeededStore(const QString &folder)
+{
+    QDir().mkpath(folder);
+    const QString target = folder + QStringLiteral("/Marlowen.sqlite");
+    QFile::remove(target);
+    ASSERT_TRUE(QFile::copy(seededTemplate(), target));
+    QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings)
+{
+    dbFolder = dir.file(QStringLiteral("db"));
+    configFolder = dir.file(QStringLiteral("config"));
+    copySeededStore(dbFolder);
+    if (prepare)
+        prepare(peer());
+
+    EXPECT_TRUE(m_board.bind(QHostAddress::LocalHost, 0));
+    QObject::connect(&m_board, &QUdpSocket::readyRead, [this] {
+        while (m_board.hasPendingDatagrams()) {
+            QByteArray datagram(int(m_board.pendingDatagramSize()), '\0');
+            m_board.readDatagram(datagram.data(), datagram.size());
+            m_frames << datagram;
+        }
+    });
+    QDir().mkpath(configFolder);
+    QFile ini(configFolder + QStringLiteral("/Kestra.ini"));
+    EXPECT_TRUE(ini.open(QIODevice::WriteOnly));
+    QByteArray text = "[Options]\n";
+    const QList<std::pair<QByteArray, QByteArray>> link = {
+        {"ComPort", "UDP"}, {"IPAddr", "127.0.0.1"}, {"UDPPort", QByteArray::number(m_board.localPort())}};
+    for (const auto &[name, value] : link) {
+        if (!settings.toLower().contains(name.toLower() + '='))
+            text += name + '=' + value + '\n';
+    }
+    ini.write(text + settings);
+    ini.close();
+
+    connection = std::make_unique<DirectConnection>(dbFolder, QStringLiteral("Test Server"));
+    m_main = std::make_unique<KestraMain>(*connection, SettingsStore::kestraKey(configFolder),
+                                          SettingsStore::marlowenKey(configFolder), prompt, ticks, record,
+                                          transport, [this] { ++restarts; });
+    QObject::connect(m_main.get(), &KestraMain::quitRequested, [this] { ++quits; });
+}
+
+MainRig::~MainRig()
+{
+    m_main.reset();
+    m_peer.reset();
+}
+
+bool MainRig::open()
+{
+    if (!m_main->create())
+        return false;
+    m_main->show();
+    return true;
+}
+
+MeetStore &MainRig::peer()
+{
+    if (!m_peer) {
+        m_peer = MeetStore::forAddress(dbFolder);
+        m_peer->connect();
+        m_peer->openDatabase();
+    }
+    return *m_peer;
+}
+
+QVariant MainRig::scalar(const QString &sql)
+{
+    QueryResult result = peer().query(sql);
+    result.first();
+    return result.hasRow() ? result.value(0) : QVariant();
+}
+
+QList<QByteArray> MainRig::frames(int atLeast)
+{
+    waitUntil([&] { return m_frames.size() >= atLeast; }, std::chrono::milliseconds(atLeast > 0 ? 2000 : 50));
+    return m_frames;
+}
+
+} // namespace kestra::test

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "generator/KestraMain.h"
+#include "meetdb/MeetConnection.h"
+#include "meetdb/MeetStore.h"
+#include "outputs/DeviceTransport.h"
+#include "outputs/DisplayRecord.h"
+#include "setup/SettingsStore.h"
+#include "support/TestSupport.h"
+#include "support/TickSource.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QUdpSocket>
+
+#include <functional>
+#include <memory>
+
+namespace kestra::test {
+
+// The main window's logic over a real SQLite meet database seeded by DevStore
+// (copied from one seeded template, so each test has its own file), a
+// settings folder of its own, a recording prompt, a fake clock, and the
+// display link sent by UDP to a loopback socket the test reads.
+class MainRig {
+public:
+    // `prepare` changes the fresh store before the window opens; `settings`
+    // is the text of Kestra.ini beyond the UDP link the rig sets up.
+    explicit MainRig(const std::function<void(MeetStore &)> &prepare = {}, const QByteArray &settings = {});
+    ~MainRig();
+
+    // create() then show(); false when creation gave up.
+    bool open();
+
+    KestraMain &main() { return *m_main; }
+    LogicalControl &operator()(const QString &name) { return m_main->controls()(name); }
+    // A second connection to the same database, as the scoring product has.
+    MeetStore &peer();
+    QVariant scalar(const QString &sql);
+    // Frames received from the display link so far (waits briefly for more
+    // when asked for at least `atLeast`).
+    QList<QByteArray> frames(int atLeast = 0);
+
+    TempDir dir;
+    QString dbFolder;
+    QString configFolder;
+    RecordingPrompt prompt;
+    FakeTickSource ticks;
+    DisplayRecord record;
+    DeviceTransport transport;
+    int restarts = 0;
+    int quits = 0;
+    std::unique_ptr<MeetConnection> connection;
+
+private:
+    QUdpSocket m_board;
+    QList<QByteArray> m_frames;
+    std::unique_ptr<MeetStore> m_peer;
+    std::unique_ptr<KestraMain> m_main;
+};
+
+// Copies the seeded template database into a folder.
+void copySeededStore(const QString &folder);
+
+} // namespace kestra::test
