@@ -3,6 +3,7 @@
 #include "generator/DisplayCycle.h"
 #include "generator/ScorePoll.h"
 #include "kestra/Version.h"
+#include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
 #include "outputs/Daktronics.h"
@@ -83,12 +84,27 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
     m_poll = std::make_unique<ScorePoll>(*this);
     m_cycle = std::make_unique<DisplayCycle>(*this);
 
+    LostConnectionHandler::Hooks lost;
+    lost.stopTimers = [this] {
+        stopAllTimers();
+        if (m_hooks.stopResultsTimer)
+            m_hooks.stopResultsTimer();
+    };
+    lost.serverName = [this] { return currentServerName(); };
+    if (m_restart) {
+        lost.restart = [this] {
+            m_restart();
+            emit quitRequested();
+        };
+    }
+    m_lostConnection = std::make_unique<LostConnectionHandler>(m_prompt, std::move(lost));
+
     for (int i = 0; i < 4; ++i)
         m_timers[i].setObjectName(QStringLiteral("Timer%1").arg(i + 1));
-    connect(&m_timers[0], &QTimer::timeout, this, guarded([this] { m_poll->tick(1); }));
-    connect(&m_timers[1], &QTimer::timeout, this, guarded([this] { m_cycle->timer2Tick(); }));
-    connect(&m_timers[2], &QTimer::timeout, this, guarded([this] { m_poll->tick(2); }));
-    connect(&m_timers[3], &QTimer::timeout, this, guarded([this] { m_cycle->timer4Tick(); }));
+    connect(&m_timers[0], &QTimer::timeout, this, &KestraMain::Timer1Timer);
+    connect(&m_timers[1], &QTimer::timeout, this, &KestraMain::Timer2Timer);
+    connect(&m_timers[2], &QTimer::timeout, this, &KestraMain::Timer3Timer);
+    connect(&m_timers[3], &QTimer::timeout, this, &KestraMain::Timer4Timer);
     wireHandlers();
 }
 
@@ -420,6 +436,26 @@ void KestraMain::FormClose()
     setState(RunState::Stopped);
 }
 
+void KestraMain::Timer1Timer()
+{
+    guarded([this] { m_poll->tick(1); })();
+}
+
+void KestraMain::Timer2Timer()
+{
+    guarded([this] { m_cycle->timer2Tick(); })();
+}
+
+void KestraMain::Timer3Timer()
+{
+    guarded([this] { m_poll->tick(2); })();
+}
+
+void KestraMain::Timer4Timer()
+{
+    guarded([this] { m_cycle->timer4Tick(); })();
+}
+
 void KestraMain::btnScoreStartClick()
 {
     {
@@ -439,6 +475,7 @@ void KestraMain::btnScoreStartClick()
     fillLookups();
 
     m_eventCount = {numEvents(1), 0};
+    m_poll->resetTeams(m_eventCount[0], m_eventCount[1]);
     const QString session1 = c(QStringLiteral("cboSession1")).text();
     if (isDual()) {
         const QString session2 = c(QStringLiteral("cboSession2")).text();
@@ -452,6 +489,7 @@ void KestraMain::btnScoreStartClick()
         if (session1 == session2 && eventId(m_eventDisp1.get()) == eventId(m_eventDisp2.get()))
             return void(validationFails(kSessionsMustDiffer, QStringLiteral("cboSession1")));
         m_eventCount[1] = numEvents(2);
+        m_poll->resetTeams(m_eventCount[0], m_eventCount[1]);
     }
     if (checked(QStringLiteral("chkNCAA")) && session1.isEmpty())
         return void(validationFails(kSessionRequiredNcaa, QStringLiteral("cboSession1")));
@@ -713,35 +751,7 @@ void KestraMain::handleException(std::exception_ptr error)
 
 void KestraMain::defaultExceptionHandler(std::exception_ptr error)
 {
-    PromptMessage message;
-    message.caption = QStringLiteral("Kestra");
-    message.icon = PromptIcon::Error;
-    try {
-        std::rethrow_exception(error);
-    } catch (const StoreError &failure) {
-        if (failure.kind() == StoreError::Kind::ConnectionLost) {
-            stopAllTimers();
-            if (m_hooks.stopResultsTimer)
-                m_hooks.stopResultsTimer();
-            message.caption = QStringLiteral("Marlowen Server Connection");
-            message.text = QStringLiteral("Kestra is no longer able to communicate with the server \"%1\".\n"
-                                          "The connection to the server has been lost.\n\n"
-                                          "Kestra will now be restarted.")
-                               .arg(currentServerName());
-            m_prompt.ask(message);
-            if (m_restart)
-                m_restart();
-            emit quitRequested();
-            return;
-        }
-        message.text = failure.message();
-    } catch (const std::exception &failure) {
-        message.text = QString::fromLocal8Bit(failure.what());
-    } catch (...) {
-        message.text = QStringLiteral("An unexpected failure occurred.");
-    }
-    qCWarning(lcMain).noquote() << message.text;
-    m_prompt.ask(message);
+    m_lostConnection->HandleApplicationException(error);
 }
 
 // ---------------------------------------------------------------- selection

@@ -23,6 +23,7 @@ namespace kestra {
 
 class DeviceTransport;
 class DisplayCycle;
+class LostConnectionHandler;
 class MeetConnection;
 class ScorePoll;
 
@@ -96,8 +97,8 @@ public:
         std::function<void()> disconnectMySql;
         // Builds the NCAA team table at Start in NCAA mode.
         std::function<void()> loadNcaaTeams;
-        // Any failure that leaves a handler. The default reports it; a lost
-        // connection stops the timers, tells the operator and restarts.
+        // Any failure that leaves a handler. The default is the program's
+        // LostConnectionHandler over this window's timers and restart.
         std::function<void(std::exception_ptr)> exceptionHandler;
     };
 
@@ -163,6 +164,8 @@ public:
     const QList<SessionRow> &memSessions() const { return m_memSessions; }
     QTimer &timer(int number);
     DisplayLines &lines() { return *m_lines; }
+    ScorePoll &poll() { return *m_poll; }
+    DisplayCycle &cycle() { return *m_cycle; }
     WriterRegistry &writers() { return m_writers; }
     DeviceTransport &transport() { return m_transport; }
     DebugTrace &trace() { return m_trace; }
@@ -174,6 +177,11 @@ public:
     void FormCreate();
     void FormShow();
     void FormClose();
+    // The timers' ticks; a failure goes to the exception handler.
+    void Timer1Timer();
+    void Timer2Timer();
+    void Timer3Timer();
+    void Timer4Timer();
     void btnScoreStartClick();
     void btnScoreStopClick();
     void chkPauseClick();
@@ -274,6 +282,7 @@ private:
     std::unique_ptr<DisplayLines> m_lines;
     std::unique_ptr<ScorePoll> m_poll;
     std::unique_ptr<DisplayCycle> m_cycle;
+    std::unique_ptr<LostConnectionHandler> m_lostConnection;
     std::array<QTimer, 4> m_timers;
 
     // Table components; empty while closed.

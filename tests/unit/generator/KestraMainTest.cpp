@@ -1,6 +1,8 @@
 #include "MainRig.h"
 
+#include "generator/ScorePoll.h"
 #include "kestra/Version.h"
+#include "meetdb/DevStore.h"
 #include "meetdb/StoreError.h"
 
 #include <gtest/gtest.h>
@@ -649,8 +651,8 @@ TEST(KestraMainTest, ALostConnectionStopsEverythingTellsTheOperatorAndRestarts)
     EXPECT_EQ(rig.prompt.messages[0].caption, S("Marlowen Server Connection"));
     EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
     EXPECT_EQ(rig.prompt.messages[0].text,
-              S("Kestra is no longer able to communicate with the server \"Test Server\".\n"
-                "The connection to the server has been lost.\n\nKestra will now be restarted."));
+              S("Kestra is no longer able to communicate with the server \"Test Server\".\r"
+                "The connection to the server has been lost.\r\rKestra will now be restarted."));
     EXPECT_EQ(rig.restarts, 1);
     EXPECT_EQ(rig.quits, 1);
     // Nothing is stored on this way out.
@@ -727,4 +729,38 @@ TEST(KestraMainTest, TheContextReadsTheSelectedRowsAndTheMeetFlags)
     rig.main().close();
     EXPECT_EQ(rig.main().numEvents(1), 0);
     EXPECT_FALSE(rig.main().MeetsUseDBonus());
+}
+
+TEST(KestraMainTest, APollTickOfARunTakesTheOldestScoreAndPutsItUp)
+{
+    MainRig rig({}, "Interval=0\n");
+    ASSERT_TRUE(rig.open());
+    DevStore::FeedOptions options;
+    options.meetId = 1;
+    options.session = S("1");
+    DevStore::ScoreFeed feed(rig.peer(), options);
+    DevStore::FeedScore first;
+    ASSERT_TRUE(feed.publish(&first));
+    ASSERT_TRUE(feed.publish());
+    ASSERT_TRUE(rig.main().setSessions(1, {S("1")}));
+    ASSERT_TRUE(rig.main().start());
+    for (int event = 1; event <= 6; ++event)
+        EXPECT_EQ(rig.main().poll().teamOnEvent(event, 1), -1);
+    const int before = int(rig.frames().size());
+
+    rig.main().Timer1Timer();
+    EXPECT_EQ(rig(S("EditNum%1").arg(first.event) + S("1")).text(), QString::number(first.num));
+    EXPECT_EQ(rig.scalar(S("select count(*) from QueueDone where AppID = 4 and DataID = %1").arg(first.dataId)).toInt(), 1);
+    EXPECT_TRUE(rig.record.text(layout::eventName(first.event)).contains(first.lastName));
+    EXPECT_GT(rig.frames(before + 1).size(), before);
+    EXPECT_TRUE(rig.prompt.messages.empty());
+
+    // A failing tick is reported and the run goes on.
+    rig.peer().execute(S("drop table QueueDone"));
+    rig.main().eventSlots()[first.event - 1][0].HoldUntil = 0;
+    rig.main().Timer1Timer();
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
+    EXPECT_TRUE(rig.main().timer(1).isActive());
 }
