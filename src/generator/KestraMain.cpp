@@ -1,6 +1,7 @@
 #include "generator/KestraMain.h"
 
 #include "generator/DisplayCycle.h"
+#include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
 #include "kestra/Version.h"
 #include "meetdb/LostConnection.h"
@@ -98,6 +99,11 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
         };
     }
     m_lostConnection = std::make_unique<LostConnectionHandler>(m_prompt, std::move(lost));
+    m_listeners = std::make_unique<NowUpListeners>(
+        [this] { return m_settings.NameFormat; },
+        [this](int eventNumber, int side, const QString &num, const QString &name, const QString &gym) {
+            guarded([&] { m_lines->FillNowUpLine(eventNumber, side, num, name, gym); })();
+        });
 
     for (int i = 0; i < 4; ++i)
         m_timers[i].setObjectName(QStringLiteral("Timer%1").arg(i + 1));
@@ -111,6 +117,7 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
 KestraMain::~KestraMain()
 {
     stopAllTimers();
+    m_listeners->stop();
     // Details before their masters, and every cursor before the store goes.
     m_gymnasts.reset();
     m_rotations.reset();
@@ -391,10 +398,7 @@ void KestraMain::FormShow()
     selectLastMeet();
     m_settings.readAtShow(m_kestraKey);
     applyOutputSettings();
-    if (m_hooks.startListeners && !m_listening) {
-        m_hooks.startListeners();
-        m_listening = true;
-    }
+    m_listeners->start();
     chkDualClick();
 }
 
@@ -428,9 +432,7 @@ void KestraMain::FormClose()
     m_transport.disconnectUdp();
     if (m_hooks.disconnectMySql)
         m_hooks.disconnectMySql();
-    if (m_hooks.stopListeners && m_listening)
-        m_hooks.stopListeners();
-    m_listening = false;
+    m_listeners->stop();
     // The window goes away with its timers.
     stopAllTimers();
     setState(RunState::Stopped);

@@ -24,6 +24,7 @@ namespace kestra {
 class DeviceTransport;
 class DisplayCycle;
 class LostConnectionHandler;
+class NowUpListeners;
 class MeetConnection;
 class ScorePoll;
 
@@ -74,9 +75,6 @@ public:
     // The windows and services around the logic. Each may stay empty: the
     // headless program has no windows, and tests attach only what they watch.
     struct Hooks {
-        // Starts and stops both now-up listeners.
-        std::function<void()> startListeners;
-        std::function<void()> stopListeners;
         // Shows the setup window modally; it writes the settings when it closes.
         std::function<void()> showSetup;
         std::function<QString(const FileRequest &)> selectFile;
@@ -165,6 +163,9 @@ public:
     QTimer &timer(int number);
     DisplayLines &lines() { return *m_lines; }
     ScorePoll &poll() { return *m_poll; }
+    // Both now-up listeners: they listen from show() to close(), whatever the
+    // generator's state. Ports may be changed before show().
+    NowUpListeners &listeners() { return *m_listeners; }
     DisplayCycle &cycle() { return *m_cycle; }
     WriterRegistry &writers() { return m_writers; }
     DeviceTransport &transport() { return m_transport; }
@@ -283,6 +284,7 @@ private:
     std::unique_ptr<ScorePoll> m_poll;
     std::unique_ptr<DisplayCycle> m_cycle;
     std::unique_ptr<LostConnectionHandler> m_lostConnection;
+    std::unique_ptr<NowUpListeners> m_listeners;
     std::array<QTimer, 4> m_timers;
 
     // Table components; empty while closed.
@@ -296,7 +298,6 @@ private:
     bool m_created = false;
     bool m_shown = false;
     bool m_closed = false;
-    bool m_listening = false;
     bool m_settingsWritten = false;
     // NumEvents of each column at Start (the second only in dual display).
     std::array<int, 2> m_eventCount{};

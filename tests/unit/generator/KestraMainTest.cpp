@@ -1,5 +1,6 @@
 #include "MainRig.h"
 
+#include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
 #include "kestra/Version.h"
 #include "meetdb/DevStore.h"
@@ -558,9 +559,9 @@ TEST(KestraMainTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
     rig(S("chkSTXETX")).setChecked(true);
     rig.main().workingSettings().Interval = 3; // working values are not stored at close
 
-    int listenerStops = 0;
-    rig.main().hooks().stopListeners = [&] { ++listenerStops; };
+    EXPECT_TRUE(rig.main().listeners().isStarted());
     EXPECT_TRUE(rig.main().close());
+    EXPECT_FALSE(rig.main().listeners().isStarted());
     const SettingsStore key = SettingsStore::kestraKey(rig.configFolder);
     const struct {
         const char *name;
@@ -579,7 +580,6 @@ TEST(KestraMainTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
     ASSERT_TRUE(QFile::remove(rig.configFolder + S("/Kestra.ini")));
     EXPECT_TRUE(rig.main().close());
     EXPECT_FALSE(QFile::exists(rig.configFolder + S("/Kestra.ini")));
-    EXPECT_EQ(listenerStops, 0); // never started: no hook at show
 }
 
 TEST(KestraMainTest, CloseDuringARunStopsEveryTimer)
@@ -597,11 +597,10 @@ TEST(KestraMainTest, CloseDuringARunStopsEveryTimer)
 TEST(KestraMainTest, ShowHandsTheLinkSettingsOnAndStartsTheListenersOnce)
 {
     MainRig rig({}, "BaseAddr=1000\n");
-    int starts = 0;
-    rig.main().hooks().startListeners = [&] { ++starts; };
+    EXPECT_FALSE(rig.main().listeners().isStarted());
     ASSERT_TRUE(rig.open());
     rig.main().show();
-    EXPECT_EQ(starts, 1);
+    EXPECT_TRUE(rig.main().listeners().isStarted());
     EXPECT_EQ(rig.transport.portName(), S("UDP"));
     EXPECT_EQ(rig.transport.baseAddress(), 1000);
     EXPECT_EQ(rig.transport.udpAddress(), S("127.0.0.1"));
@@ -763,4 +762,31 @@ TEST(KestraMainTest, APollTickOfARunTakesTheOldestScoreAndPutsItUp)
     EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
     EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
     EXPECT_TRUE(rig.main().timer(1).isActive());
+}
+
+TEST(KestraMainTest, NowUpDatagramsFillTheBoardWhetherStoppedOrRunning)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    const quint16 port = rig.main().listeners().port(NowUpListeners::Channel::Line);
+    ASSERT_NE(port, 0);
+    QUdpSocket sender;
+    const auto send = [&](const QByteArray &line) {
+        ASSERT_EQ(sender.writeDatagram(line, QHostAddress::LocalHost, port), line.size());
+    };
+    send("SCOREGEN,1,3,105,\"Ann Lee\"");
+    ASSERT_TRUE(test::waitUntil([&] { return rig.record.text(layout::nowUpNum(3)).trimmed() == S("105"); }));
+    EXPECT_EQ(rig.record.text(layout::nowUpName(3)).trimmed(), S("Ann Lee"));
+    EXPECT_EQ(rig.record.text(layout::nowUpTitle(3)).trimmed(), S("BEAM"));
+
+    ASSERT_TRUE(rig.main().start());
+    send("SCOREGEN,1,2,207,Kim");
+    ASSERT_TRUE(test::waitUntil([&] { return rig.record.text(layout::nowUpNum(2)).trimmed() == S("207"); }));
+    rig.main().stop();
+    send("SCOREGEN-LAST,1,2");
+    ASSERT_TRUE(test::waitUntil([&] { return rig.record.text(layout::nowUpNum(2)).trimmed().isEmpty(); }));
+    EXPECT_TRUE(rig.prompt.messages.empty());
+
+    rig.main().close();
+    EXPECT_FALSE(rig.main().listeners().isListening(NowUpListeners::Channel::Line));
 }

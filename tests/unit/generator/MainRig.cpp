@@ -1,5 +1,6 @@
 #include "MainRig.h"
 
+#include "generator/NowUpListeners.h"
 #include "meetdb/DevStore.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,8 @@ MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArr
                                           SettingsStore::marlowenKey(configFolder), prompt, ticks, record,
                                           transport, [this] { ++restarts; });
     QObject::connect(m_main.get(), &KestraMain::quitRequested, [this] { ++quits; });
+    // Free ports: tests run side by side.
+    m_main->listeners().setPorts(0, 0);
 }
 
 MainRig::~MainRig()
