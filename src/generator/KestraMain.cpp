@@ -527,6 +527,7 @@ void KestraMain::btnScoreStartClick()
     if (checked(QStringLiteral("chkNCAA"))) {
         if (m_hooks.loadNcaaTeams)
             m_hooks.loadNcaaTeams();
+        m_cycle->startRun();
         // A cycle rate of 0 gives a timer that never fires, not one that
         // fires without pause.
         if (m_settings.CycleRate > 0) {

@@ -1,5 +1,6 @@
 #include "MainRig.h"
 
+#include "generator/DisplayCycle.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
 #include "kestra/Version.h"
@@ -351,6 +352,7 @@ TEST(KestraMainTest, StartEnablesTheTimersOfTheTargetAndTheMode)
         int loads = 0;
         int mysqlConnects = 0;
         rig.main().hooks().loadNcaaTeams = [&] { ++loads; };
+        rig.main().cycle().setNCAACycleIndex(4);
         rig.main().hooks().connectMySql = [&](const KestraSettings &) { ++mysqlConnects; };
         ASSERT_TRUE(rig.open());
         ASSERT_TRUE(rig.main().selectTarget(c.target));
@@ -369,6 +371,9 @@ TEST(KestraMainTest, StartEnablesTheTimersOfTheTargetAndTheMode)
             EXPECT_EQ(rig.main().timer(4).interval(), 7000);
         }
         EXPECT_EQ(loads, c.ncaa ? 1 : 0);
+        if (c.ncaa) {
+            EXPECT_EQ(rig.main().cycle().NCAACycleIndex(), 1);
+        }
         EXPECT_EQ(mysqlConnects, c.target == OutputTarget::Xpression ? 1 : 0);
         // Pause leaves the record and NCAA timers running.
         ASSERT_TRUE(rig.main().setPaused(true));
