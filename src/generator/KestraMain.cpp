@@ -102,8 +102,9 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
     m_listeners = std::make_unique<NowUpListeners>(
         [this] { return m_settings.NameFormat; },
         [this](int eventNumber, int side, const QString &num, const QString &name, const QString &gym) {
-            guarded([&] { m_lines->FillNowUpLine(eventNumber, side, num, name, gym); })();
+            m_lines->FillNowUpLine(eventNumber, side, num, name, gym);
         });
+    m_listeners->setFailureHandler([this](std::exception_ptr error) { handleException(error); });
 
     for (int i = 0; i < 4; ++i)
         m_timers[i].setObjectName(QStringLiteral("Timer%1").arg(i + 1));
