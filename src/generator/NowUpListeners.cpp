@@ -17,8 +17,8 @@ namespace {
 // Datagrams taken from one socket per wake-up, so that a flood on one port
 // cannot hold the event loop away from timers and the other port.
 constexpr int kReadsPerWakeUp = 64;
-// Datagrams waiting to be handled, which only pile up while a handler is held
-// in a modal box; beyond this they are dropped and counted.
+// Datagrams read but not yet handled; beyond this they are dropped and
+// counted rather than let a flood grow without bound.
 constexpr std::size_t kBacklog = 1024;
 constexpr int kReadFailuresToRestart = 3;
 

@@ -64,7 +64,9 @@ public:
     // restart after a loss keeps the port listened on.
     void setPorts(quint16 xmlPort, quint16 linePort);
     void setAddress(const QHostAddress &address) { m_address = address; }
-    // Where log lines go; standard error unless told otherwise.
+    // Where log lines go; standard error unless told otherwise. stop() and
+    // the destructor write what the limit held back, so the sink must outlive
+    // the listeners.
     void setLogSink(NowUpFaultLog::Sink sink);
     // The clock of the log's limit; the system clock unless told otherwise.
     void setTickSource(TickSource &ticks);
