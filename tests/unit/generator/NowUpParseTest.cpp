@@ -258,13 +258,6 @@ TEST(NowUpCommaLineParse, Datagrams)
         check(c, parseScoreGenLine(c.datagram));
 }
 
-TEST(NowUpCommaLineParse, NothingHereIsMalformed)
-{
-    // The comma form has no faults to tell of: what it cannot use it ignores.
-    for (const QByteArray &d : {QByteArray("SCOREGEN,1,x"), QByteArray("junk"), QByteArray("\xff\xfe")})
-        EXPECT_FALSE(parseScoreGenLine(d).malformed()) << d.toStdString();
-}
-
 TEST(NowUpEventNumber, Values)
 {
     const struct {
