@@ -46,4 +46,11 @@ std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const S
     return fail(why);
 }
 
+std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
+                                                QString *error)
+{
+    static LogPrompt log; // holds no state: shared by every run connection
+    return connectForRun(server, marlowenKey, log, error);
+}
+
 } // namespace kestra

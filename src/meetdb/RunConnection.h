@@ -25,5 +25,8 @@ struct RunServer {
 // one-line reason in *error. `prompt` must outlive the connection.
 std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
                                                 OperatorPrompt &prompt, QString *error = nullptr);
+// The same with the dialogs written to standard error by a LogPrompt.
+std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
+                                                QString *error = nullptr);
 
 } // namespace kestra

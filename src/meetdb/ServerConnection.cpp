@@ -111,6 +111,17 @@ bool ServerConnection::TryConnect(const QString &address)
     }
 }
 
+bool ServerConnection::aliasFound()
+{
+    // A lookup that fails finds nothing, whatever the reason.
+    try {
+        return m_store->aliasExists(m_alias);
+    } catch (const StoreError &e) {
+        m_reason = e.message();
+        return false;
+    }
+}
+
 void ServerConnection::ConnectToServer(bool &Abort)
 {
     m_lastRefusal.clear();
@@ -130,7 +141,7 @@ void ServerConnection::ConnectToServer(bool &Abort)
 
             if (!connected) {
                 dialog = Dialog::Unreachable;
-            } else if (!m_store->aliasExists(m_alias)) {
+            } else if (!aliasFound()) {
                 dialog = Dialog::NoAlias;
             } else {
                 bool usable = true;

@@ -77,6 +77,7 @@ private:
     enum class Dialog { NotListed, Unreachable, NoAlias, NotConfigured, Older, Newer };
 
     bool TryConnect(const QString &address);
+    bool aliasFound();
     void disconnect();
     PromptAnswer show(Dialog dialog, const QString &versionRead = {});
 

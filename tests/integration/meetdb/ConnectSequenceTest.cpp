@@ -8,6 +8,8 @@
 
 #include <QDir>
 
+#include <libpq-fe.h>
+
 #include <chrono>
 #include <functional>
 #include <thread>
@@ -299,6 +301,11 @@ TEST_P(ConnectSequence, ARunConnectsByNameOrAddressAndWritesNothingShared)
     w.setVersion(0x050A0400);
     EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
+    // With the dialogs as log lines.
+    EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
+    w.setVersion(0x050A0500);
+    EXPECT_TRUE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, &error));
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, ConnectSequence,
@@ -373,8 +380,21 @@ TEST(LostConnection, AServerStoppedUnderARunningQueryRestartsTheProgram)
                                            {}});
     prompt.setWhileShown([&](const PromptMessage &) { order.push_back("message"); });
 
+    // Stops the server once the query is under way (or after ten seconds).
     std::thread stopper([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        const QByteArray conninfo = QStringLiteral("host=127.0.0.1 port=%1 user=postgres dbname=postgres")
+                                        .arg(e.port).toUtf8();
+        for (int i = 0; i < 200; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            PGconn *watch = PQconnectdb(conninfo.constData());
+            PGresult *res = PQexec(watch, "select 1 from pg_stat_activity where state = 'active' "
+                                          "and query like 'select pg_sleep%'");
+            const bool running = PQresultStatus(res) == PGRES_TUPLES_OK && PQntuples(res) > 0;
+            PQclear(res);
+            PQfinish(watch);
+            if (running)
+                break;
+        }
         server.stop();
     });
     const bool ran = handler.guard([&] { connection.store().queryNative(QStringLiteral("select pg_sleep(30)")); });
