@@ -1,4 +1,5 @@
 #include "meetdb/RegisteredServersForm.h"
+#include "meetdb/ServerConnection.h"
 #include "ui/frmRegisteredServers.h"
 
 #include "support/TestSupport.h"
@@ -132,4 +133,40 @@ TEST(ServerListWidget, ExecuteReturnsTheConfirmedServer)
     ASSERT_TRUE(chosen);
     EXPECT_EQ(*chosen, QStringLiteral("Arena"));
     EXPECT_TRUE(prompt.messages.empty()) << "no server was in use, so no warning";
+}
+
+TEST(ServerListWidget, IsTheServerListOfTheConnectSequence)
+{
+    TempDir meet;
+    {
+        auto store = MeetStore::forAddress(meet.path());
+        store->createDatabase();
+        store->connect();
+        store->openDatabase();
+        MeetSchema::create(*store);
+    }
+    TempDir dir;
+    SettingsStore key = SettingsStore::marlowenKey(dir.path());
+    ASSERT_TRUE(RegisteredServers(key).rewrite({{"Laptop", "", meet.path(), "Local PC"}}));
+    ASSERT_TRUE(RegisteredServers(key).setCurrentServerName(QStringLiteral("Gone")));
+
+    RecordingPrompt prompt;
+    prompt.queueAnswer(PromptAnswer::Yes); // dialog A: pick another server
+    prompt.queueAnswer(PromptAnswer::Yes); // the change warning
+    ServerConnection connection(key, prompt);
+    connection.setChooser([&](SettingsStore &k) { return frmRegisteredServers::execute(k, prompt, nullptr); });
+    QTimer::singleShot(0, [] {
+        waitUntil([] {
+            auto *w = qobject_cast<frmRegisteredServers *>(QApplication::activeModalWidget());
+            return w && w->findChild<QTableWidget *>(QStringLiteral("grdServers"))->rowCount() == 1;
+        });
+        if (QWidget *w = QApplication::activeModalWidget())
+            w->findChild<QPushButton *>(QStringLiteral("btnOK"))->click();
+    });
+    ASSERT_TRUE(connection.connectAtStartup());
+    EXPECT_EQ(connection.currentServerName(), QStringLiteral("Laptop"));
+    EXPECT_EQ(RegisteredServers(key).currentServerName(), QStringLiteral("Laptop"));
+    ASSERT_EQ(prompt.messages.size(), 2u);
+    EXPECT_EQ(prompt.messages[1].caption, QStringLiteral("Change Database Warning"));
+    EXPECT_TRUE(connection.isConnected());
 }
