@@ -1,4 +1,4 @@
-#include "MainRig.h"
+#include "support/MainRig.h"
 
 #include "generator/DisplayCycle.h"
 #include "generator/NowUpListeners.h"
@@ -794,4 +794,111 @@ TEST(KestraMainTest, NowUpDatagramsFillTheBoardWhetherStoppedOrRunning)
 
     rig.main().close();
     EXPECT_FALSE(rig.main().listeners().isListening(NowUpListeners::Channel::Line));
+}
+
+TEST(KestraMainTest, AFailedMySqlConnectAtStartIsShownAndTheGeneratorStaysStopped)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    rig.main().hooks().connectMySql = [](const KestraSettings &) {
+        throw std::runtime_error("Can't connect to server on '10.9.9.9'");
+    };
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::Xpression));
+    EXPECT_FALSE(rig.main().start());
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].text, S("Can't connect to server on '10.9.9.9'"));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+}
+
+TEST(KestraMainTest, ClearEventsBlanksTheBoardWhileStoppedOnly)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    rig.record.pack(layout::eventName(1), QByteArrayView("Jane Doe"));
+    rig.record.pack(layout::nowUpName(2), QByteArrayView("Ann Lee"));
+    const int before = int(rig.frames().size());
+    rig(S("btnClear")).click();
+    EXPECT_EQ(rig.record.read(layout::eventName(1)), QByteArray(40, ' '));
+    EXPECT_EQ(rig.record.read(layout::nowUpName(2)), QByteArray(40, ' '));
+    EXPECT_GT(rig.frames(before + 1).size(), before);
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_FALSE(rig(S("btnClear")).isEnabled());
+}
+
+TEST(KestraMainTest, TheWindowButtonsOpenTheirWindows)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    QStringList opened;
+    auto &h = rig.main().hooks();
+    h.showOutputStatus = [&] { opened << S("status"); };
+    h.showResults = [&] { opened << S("results"); };
+    h.showAbout = [&] { opened << S("about"); };
+    h.showSample = [&] { opened << S("sample"); };
+    for (const char *button : {"Button1", "dxbtnDisplayResults", "dxbtnAbout", "btnShowTest"})
+        rig(S(button)).click();
+    EXPECT_EQ(opened, (QStringList{S("status"), S("results"), S("about"), S("sample")}));
+    // The status and results windows stay usable during a run.
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_TRUE(rig(S("Button1")).isEnabled());
+    EXPECT_TRUE(rig(S("dxbtnDisplayResults")).isEnabled());
+    EXPECT_TRUE(rig(S("dxbtnAbout")).isEnabled());
+}
+
+TEST(KestraMainTest, TheFileDialogIsAskedForTheTypeOfTheTargetAndACancelKeepsTheName)
+{
+    MainRig rig({}, "OutputFileName=/srv/old.txt\n");
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::File));
+    EXPECT_TRUE(rig(S("chkSTXETX")).isVisible());
+    QList<KestraMain::FileRequest> requests;
+    QString answer;
+    rig.main().hooks().selectFile = [&](const KestraMain::FileRequest &r) {
+        requests << r;
+        return answer;
+    };
+    rig(S("btnSelectFile")).click();
+    EXPECT_EQ(rig(S("lblFileName")).text(), S("/srv/old.txt"));
+    answer = S("/srv/new.txt");
+    rig(S("btnSelectFile")).click();
+    ASSERT_EQ(requests.size(), 2);
+    EXPECT_EQ(requests[0].defaultSuffix, S("txt"));
+    EXPECT_EQ(requests[0].filter, S("Text Files|*.TXT"));
+    EXPECT_EQ(requests[0].current, S("/srv/old.txt"));
+    EXPECT_EQ(rig(S("lblFileName")).text(), S("/srv/new.txt"));
+    EXPECT_EQ(rig.main().settings().OutputFileName, S("/srv/new.txt"));
+}
+
+TEST(KestraMainTest, TheDebugBoxTracesEveryFrameToTheFile)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    const QString path = rig.dir.file(S("DebugIOOutput.txt"));
+    rig.main().trace().setPath(path);
+    rig.main().lines().FillNowUpLine(1, 1, S("7"), S("Off"), S(""));
+    EXPECT_FALSE(QFile::exists(path));
+    rig(S("chkDebugIO")).operatorSetChecked(true);
+    rig.main().lines().FillNowUpLine(1, 1, S("8"), S("On"), S(""));
+    QFile trace(path);
+    ASSERT_TRUE(trace.open(QIODevice::ReadOnly));
+    const QByteArray text = trace.readAll();
+    EXPECT_TRUE(text.contains("On"));
+    EXPECT_TRUE(text.endsWith("\r\n"));
+}
+
+TEST(KestraMainTest, AServerChangeGivenUpEndsTheProgram)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    GivenUpConnection givenUp;
+    KestraMain main(givenUp, SettingsStore::kestraKey(rig.configFolder), SettingsStore::marlowenKey(rig.configFolder),
+                    rig.prompt, rig.ticks, rig.record, rig.transport);
+    int quits = 0;
+    QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
+    main.dxbtnLocateServerClick();
+    EXPECT_EQ(quits, 1);
+    EXPECT_EQ(main.table(S("Meets")), nullptr);
 }

@@ -1,4 +1,4 @@
-#include "MainRig.h"
+#include "support/MainRig.h"
 
 #include <gtest/gtest.h>
 

@@ -18,15 +18,17 @@
 
 namespace kestra::test {
 
-// The main window's logic over a real SQLite meet database seeded by DevStore
-// (copied from one seeded template, so each test has its own file), a
+// The main window's logic over a real meet database seeded by DevStore: an
+// SQLite file copied from one seeded template, so each test has its own, or a
+// fresh database on the shared PostgreSQL test server. With it come a
 // settings folder of its own, a recording prompt, a fake clock, and the
 // display link sent by UDP to a loopback socket the test reads.
 class MainRig {
 public:
     // `prepare` changes the fresh store before the window opens; `settings`
     // is the text of Kestra.ini beyond the UDP link the rig sets up.
-    explicit MainRig(const std::function<void(MeetStore &)> &prepare = {}, const QByteArray &settings = {});
+    explicit MainRig(const std::function<void(MeetStore &)> &prepare = {}, const QByteArray &settings = {},
+                     StoreBackend backend = StoreBackend::Sqlite);
     ~MainRig();
 
     // create() then show(); false when creation gave up.
@@ -42,7 +44,8 @@ public:
     QList<QByteArray> frames(int atLeast = 0);
 
     TempDir dir;
-    QString dbFolder;
+    QString dbFolder; // SQLite: the folder; PostgreSQL: the server address
+    QString alias = MeetSchema::defaultAlias();
     QString configFolder;
     RecordingPrompt prompt;
     FakeTickSource ticks;

@@ -1,4 +1,4 @@
-#include "MainRig.h"
+#include "support/MainRig.h"
 
 #include "generator/NowUpListeners.h"
 #include "meetdb/DevStore.h"
@@ -26,6 +26,28 @@ QString seededTemplate()
     return folder.file(QStringLiteral("Marlowen.sqlite"));
 }
 
+// One address and alias, no dialogs.
+class AliasConnection final : public MeetConnection {
+public:
+    AliasConnection(QString address, QString alias) : m_address(std::move(address)), m_alias(std::move(alias)) {}
+    bool connectAtStartup() override
+    {
+        m_store = MeetStore::forAddress(m_address);
+        m_store->connect();
+        m_store->openDatabase(m_alias);
+        return true;
+    }
+    bool changeServer() override { return isConnected(); }
+    bool isConnected() const override { return m_store && m_store->isOpen(); }
+    MeetStore &store() override { return *m_store; }
+    QString currentServerName() const override { return QStringLiteral("Test Server"); }
+
+private:
+    QString m_address;
+    QString m_alias;
+    std::unique_ptr<MeetStore> m_store;
+};
+
 } // namespace
 
 void copySeededStore(const QString &folder)
@@ -37,11 +59,19 @@ void copySeededStore(const QString &folder)
     QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
 }
 
-MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings)
+MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings, StoreBackend backend)
 {
-    dbFolder = dir.file(QStringLiteral("db"));
     configFolder = dir.file(QStringLiteral("config"));
-    copySeededStore(dbFolder);
+    if (backend == StoreBackend::Sqlite) {
+        dbFolder = dir.file(QStringLiteral("db"));
+        copySeededStore(dbFolder);
+    } else {
+        const Endpoint server = sharedPostgres();
+        alias = createPostgresDatabase(QStringLiteral("kt_main"));
+        dbFolder = QStringLiteral("%1:%2").arg(server.host).arg(server.port);
+        DevStore::createSchema(peer(), false);
+        DevStore::seed(peer());
+    }
     if (prepare)
         prepare(peer());
 
@@ -66,7 +96,10 @@ MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArr
     ini.write(text + settings);
     ini.close();
 
-    connection = std::make_unique<DirectConnection>(dbFolder, QStringLiteral("Test Server"));
+    if (backend == StoreBackend::Sqlite)
+        connection = std::make_unique<DirectConnection>(dbFolder, QStringLiteral("Test Server"));
+    else
+        connection = std::make_unique<AliasConnection>(dbFolder, alias);
     m_main = std::make_unique<KestraMain>(*connection, SettingsStore::kestraKey(configFolder),
                                           SettingsStore::marlowenKey(configFolder), prompt, ticks, record,
                                           transport, [this] { ++restarts; });
@@ -94,7 +127,7 @@ MeetStore &MainRig::peer()
     if (!m_peer) {
         m_peer = MeetStore::forAddress(dbFolder);
         m_peer->connect();
-        m_peer->openDatabase();
+        m_peer->openDatabase(alias);
     }
     return *m_peer;
 }
