@@ -108,8 +108,9 @@ void bindCommon(QWidget *widget, LogicalControl &control)
     widget->setProperty(ControlProperty, QVariant::fromValue<QObject *>(&control));
     auto sync = [widget, &control] {
         widget->setEnabled(control.isEnabled());
-        // Hidden only by the logic: a visible control shows with its window.
-        if (widget->isHidden() == control.isVisible())
+        // A new child counts as hidden until its window shows; only an
+        // explicit hide keeps it hidden then, so the first state is always set.
+        if (widget->isHidden() == control.isVisible() || !widget->testAttribute(Qt::WA_WState_ExplicitShowHide))
             widget->setHidden(!control.isVisible());
         const QString hint = control.property(QStringLiteral("hint")).toString();
         if (widget->toolTip() != hint)

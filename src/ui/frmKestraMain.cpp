@@ -126,8 +126,10 @@ QGroupBox *frmKestraMain::buildColumn(int column)
     if (QWidget *must = place(S("lblMust") + c, box))
         picks->addWidget(must, row, 2, 1, 2);
     ++row;
-    picks->addWidget(placeLabel(column == 1 ? S("Label11") : S("lblOptional"), S("-------- Additional --------"), box),
-                     row, 0, 1, 4, Qt::AlignHCenter);
+    picks->addWidget(placeLabel(S("lblAdditional") + c, S("-------- Additional --------"), box), row, 0, 1, 2,
+                     Qt::AlignHCenter);
+    if (QWidget *optional = place(column == 1 ? S("Label11") : S("lblOptional"), box))
+        picks->addWidget(optional, row, 2, 1, 2, Qt::AlignHCenter);
     ++row;
     int place_ = 1;
     for (const char *suffix : {"x", "y", "z"}) {

@@ -190,7 +190,10 @@ TEST_F(MainWindowTest, eventRowsSitInTheirColumnsStatusGroup)
     EXPECT_EQ(targets->title(), S("Jumbotron Type"));
     EXPECT_EQ(targets->findChildren<QRadioButton *>().size(), 6);
     EXPECT_EQ(get<QCheckBox>(S("chkEvent11"))->isChecked(), true);
-    EXPECT_TRUE(get<QCheckBox>(S("chkPause11"))->isHidden());
+    window->show();
+    EXPECT_TRUE(get<QCheckBox>(S("chkEvent11"))->isVisible());
+    EXPECT_FALSE(get<QCheckBox>(S("chkPause11"))->isVisible());
+    EXPECT_FALSE(get<QCheckBox>(S("chkSTXETX"))->isVisible());
 }
 
 TEST_F(MainWindowTest, startAndStopRunTheLogicAndTheWindowFollows)
