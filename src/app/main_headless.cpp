@@ -1,0 +1,140 @@
+// kestra-headless: the generator without windows, for unattended stations and
+// end-to-end tests. It makes the operator's picks from its command line,
+// presses Start and serves the run until SIGINT or SIGTERM, then stops and
+// closes in order. Operator messages and device errors are log lines.
+#include "generator/HeadlessOptions.h"
+#include "generator/HeadlessRun.h"
+#include "generator/KestraMain.h"
+#include "meetdb/RunConnection.h"
+#include "outputs/DeviceTransport.h"
+#include "outputs/DisplayRecord.h"
+#include "setup/SettingsStore.h"
+#include "support/OperatorPrompt.h"
+#include "support/TickSource.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace kestra;
+
+namespace {
+
+enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3 };
+
+int signalPipe[2] = {-1, -1};
+
+void onSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
+}
+
+void say(const QString &line)
+{
+    std::fprintf(stderr, "kestra-headless: %s\n", line.toLocal8Bit().constData());
+    std::fflush(stderr);
+}
+
+bool installSignalPipe()
+{
+    if (::pipe(signalPipe) != 0)
+        return false;
+    for (int fd : signalPipe) {
+        ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+        ::fcntl(fd, F_SETFL, O_NONBLOCK);
+    }
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    return ::sigaction(SIGINT, &action, nullptr) == 0 && ::sigaction(SIGTERM, &action, nullptr) == 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kestra-headless"));
+
+    const auto parsed = HeadlessOptions::parse(QCoreApplication::arguments().mid(1));
+    if (const auto *error = std::get_if<QString>(&parsed)) {
+        say(*error);
+        return UsageError;
+    }
+    const HeadlessOptions &options = std::get<HeadlessOptions>(parsed);
+    if (options.help) {
+        std::fputs(HeadlessOptions::usage().toLocal8Bit().constData(), stdout);
+        return Stopped;
+    }
+    // A signal that comes while connecting ends the run as soon as the loop runs.
+    if (!installSignalPipe()) {
+        say(QStringLiteral("cannot install the signal handlers"));
+        return StoreFailure;
+    }
+
+    // The run reads Kestra's key through a copy that carries the overrides;
+    // what the close writes goes there too, so the real key stays as it is.
+    QTemporaryDir runFolder;
+    const SettingsStore marlowenKey = SettingsStore::marlowenKey();
+    const auto kestraKey = runFolder.isValid()
+                               ? overlayKey(SettingsStore::kestraKey(), runFolder.path(), options.overrides)
+                               : std::nullopt;
+    if (!kestraKey) {
+        say(QStringLiteral("cannot make the run's copy of the settings in a temporary folder"));
+        return StoreFailure;
+    }
+
+    LogPrompt prompt;
+    RunServer server;
+    server.address = options.storeAddress;
+    server.serverName = options.serverName;
+    QString error;
+    const auto connection = connectForRun(server, marlowenKey, prompt, &error);
+    if (!connection) {
+        say(error.isEmpty() ? QStringLiteral("no connection to the meet database") : error);
+        return StoreFailure;
+    }
+
+    SystemTickSource ticks;
+    int status = Stopped;
+    bool lost = false;
+    KestraMain main(*connection, *kestraKey, marlowenKey, prompt, ticks, DisplayRecord::instance(),
+                    DeviceTransport::instance(), [&lost] { lost = true; });
+    HeadlessRun run(main, options);
+
+    QSocketNotifier signalNotifier(signalPipe[0], QSocketNotifier::Read);
+    QObject::connect(&signalNotifier, &QSocketNotifier::activated, &app, [&] {
+        char drain[16];
+        while (::read(signalPipe[0], drain, sizeof drain) > 0) {
+        }
+        signalNotifier.setEnabled(false);
+        say(QStringLiteral("stopping"));
+        run.finish();
+        QCoreApplication::exit(status);
+    });
+    QObject::connect(&main, &KestraMain::quitRequested, &app, [&] {
+        // The connection was given up or lost: the station's supervisor
+        // starts the program again.
+        say(lost ? QStringLiteral("the connection to the meet database was lost") : QStringLiteral("ending"));
+        run.finish();
+        QCoreApplication::exit(StoreFailure);
+    });
+
+    const HeadlessRun::Outcome outcome = run.begin();
+    if (outcome == HeadlessRun::Outcome::GaveUp)
+        return StoreFailure;
+    if (outcome == HeadlessRun::Outcome::Refused) {
+        say(run.lastError());
+        run.finish();
+        return Refused;
+    }
+    say(run.describe());
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,104 @@
+// kestra: the operator program. The main window's logic comes up first and
+// alone (the connect sequence may end the program before any window shows),
+// then its window, the status view and the dialogs around it.
+#include "generator/KestraMain.h"
+#include "meetdb/LostConnection.h"
+#include "meetdb/ServerConnection.h"
+#include "outputs/DeviceTransport.h"
+#include "outputs/DisplayRecord.h"
+#include "setup/SettingsStore.h"
+#include "support/TickSource.h"
+#include "ui/MessageBoxPrompt.h"
+#include "ui/frmChooseServer.h"
+#include "ui/frmKestraMain.h"
+#include "ui/frmSetupUnits.h"
+
+#include "kestra/Version.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPointer>
+
+using namespace kestra;
+
+namespace {
+
+// "Text Files|*.TXT" as a file dialog filter: "Text Files (*.TXT)".
+QString dialogFilter(const QString &filter)
+{
+    const QStringList parts = filter.split(QLatin1Char('|'));
+    if (parts.size() != 2)
+        return filter;
+    return parts.at(0) + QStringLiteral(" (") + parts.at(1) + QLatin1Char(')');
+}
+
+QString selectFile(const KestraMain::FileRequest &request, QWidget *owner)
+{
+    QFileDialog dialog(owner);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(request.defaultSuffix);
+    dialog.setNameFilter(dialogFilter(request.filter));
+    if (!request.current.isEmpty())
+        dialog.selectFile(request.current);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return QString();
+    return dialog.selectedFiles().first();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Kestra"));
+    QApplication::setApplicationVersion(QString::fromLatin1(version::productVersion));
+
+    MessageBoxPrompt prompt;
+    SettingsStore kestraKey = SettingsStore::kestraKey();
+    SettingsStore marlowenKey = SettingsStore::marlowenKey();
+    ServerConnection connection(marlowenKey, prompt);
+    QPointer<frmKestraMain> window;
+    connection.setChooser([&window](SettingsStore &key) { return frmChooseServer::choose(key, window); });
+
+    SystemTickSource ticks;
+    DisplayRecord &record = DisplayRecord::instance();
+    DeviceTransport &transport = DeviceTransport::instance();
+    KestraMain main(connection, kestraKey, marlowenKey, prompt, ticks, record, transport,
+                    [] { LostConnectionHandler::restartProgram(); });
+    connection.setTitleUpdater([&main] { main.UpdateTitle(); });
+
+    if (!main.create())
+        return 1; // the connection was given up: no window at all
+
+    frmKestraMain mainWindow(main.controls(), record);
+    window = &mainWindow;
+    prompt.setOwner(&mainWindow);
+    mainWindow.setWindowTitle(main.title());
+    QObject::connect(&main, &KestraMain::titleChanged, &mainWindow, [&mainWindow](const QString &title) {
+        mainWindow.setWindowTitle(title);
+        QApplication::setApplicationDisplayName(QString());
+    });
+    QObject::connect(&main, &KestraMain::quitRequested, &app, &QApplication::quit, Qt::QueuedConnection);
+    mainWindow.setCloseHandler([&main] { main.close(); });
+
+    KestraMain::Hooks &hooks = main.hooks();
+    hooks.showSetup = [&main, &transport, &mainWindow] {
+        frmSetupUnits::execute(main.workingSettings(), main.kestraKey(), [&transport] { transport.ClosePort(); },
+                               &mainWindow);
+    };
+    hooks.selectFile = [&mainWindow](const KestraMain::FileRequest &request) {
+        return selectFile(request, &mainWindow);
+    };
+    hooks.showOutputStatus = [&mainWindow] { mainWindow.showOutputStatus(); };
+    hooks.showAbout = [&mainWindow, &main] {
+        QMessageBox::about(&mainWindow, QStringLiteral("About Kestra"),
+                           main.title() + QStringLiteral("\n\nVersion ") +
+                               QString::fromLatin1(version::productVersion) + QStringLiteral("\n") +
+                               QString::fromLatin1(version::legalCopyright));
+    };
+
+    main.show();
+    mainWindow.show();
+    return QApplication::exec();
+}

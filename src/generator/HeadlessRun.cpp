@@ -1,0 +1,146 @@
+#include "generator/HeadlessRun.h"
+
+#include "generator/KestraMain.h"
+#include "support/LogicalControl.h"
+
+#include <QList>
+
+namespace kestra {
+
+namespace {
+
+QString targetName(OutputTarget target)
+{
+    switch (target) {
+    case OutputTarget::Daktronics: return QStringLiteral("Daktronics");
+    case OutputTarget::Barco: return QStringLiteral("Barco");
+    case OutputTarget::WhiteWay: return QStringLiteral("White Way");
+    case OutputTarget::File: return QStringLiteral("File Output");
+    case OutputTarget::XML: return QStringLiteral("XML File");
+    case OutputTarget::Xpression: return QStringLiteral("Xpression");
+    case OutputTarget::None: break;
+    }
+    return QStringLiteral("none");
+}
+
+QList<int> tickedList(const std::array<bool, 6> &events)
+{
+    QList<int> out;
+    for (int i = 0; i < 6; ++i) {
+        if (events[i])
+            out.append(i + 1);
+    }
+    return out;
+}
+
+} // namespace
+
+HeadlessRun::HeadlessRun(KestraMain &main, HeadlessOptions options) : m_main(main), m_options(std::move(options)) {}
+
+bool HeadlessRun::pick(bool done, const QString &what)
+{
+    if (!done)
+        m_lastError = what + QStringLiteral(": ") + m_main.lastError();
+    return done;
+}
+
+HeadlessRun::Outcome HeadlessRun::begin()
+{
+    if (!m_main.create())
+        return Outcome::GaveUp;
+    m_main.show();
+
+    // In the operator's order: the meet resets both event groups and empties
+    // the sessions; the dual box gives column 2; sessions size the rotation.
+    const HeadlessOptions &o = m_options;
+    if (o.meetId && !pick(m_main.selectMeet(*o.meetId), QStringLiteral("--meet %1").arg(*o.meetId)))
+        return Outcome::Refused;
+    if (!pick(m_main.setDual(o.dual), QStringLiteral("--dual")))
+        return Outcome::Refused;
+    for (int side = 1; side <= (o.dual ? 2 : 1); ++side) {
+        const HeadlessColumn &column = o.columns[side - 1];
+        const QString suffix = side == 2 ? QStringLiteral("2") : QString();
+        if (column.eventGroup &&
+            !pick(m_main.selectEventGroup(side, *column.eventGroup),
+                  QStringLiteral("--group%1 %2").arg(suffix).arg(*column.eventGroup)))
+            return Outcome::Refused;
+        if (!column.sessions.isEmpty() &&
+            !pick(m_main.setSessions(side, column.sessions),
+                  QStringLiteral("--sessions%1 %2").arg(suffix, column.sessions.join(QLatin1Char(',')))))
+            return Outcome::Refused;
+        if (!pick(m_main.setTickedEvents(side, tickedList(column.events)), QStringLiteral("--events") + suffix))
+            return Outcome::Refused;
+    }
+    if (!pick(m_main.setNcaa(o.ncaa), QStringLiteral("--ncaa")))
+        return Outcome::Refused;
+    if (o.rotation && !pick(m_main.setRotation(*o.rotation), QStringLiteral("--rotation %1").arg(*o.rotation)))
+        return Outcome::Refused;
+    if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target")))
+        return Outcome::Refused;
+
+    if (!m_main.start()) {
+        // Start told the operator why (a log line); this is the summary.
+        m_lastError = QStringLiteral("Start refused the picks");
+        return Outcome::Refused;
+    }
+    return Outcome::Running;
+}
+
+void HeadlessRun::finish()
+{
+    if (m_finished)
+        return;
+    m_finished = true;
+    if (m_main.runState() != KestraMain::RunState::Stopped)
+        m_main.stop();
+    if (m_main.isCreated())
+        m_main.close();
+}
+
+QString HeadlessRun::describe() const
+{
+    ControlSet &c = m_main.controls();
+    auto shown = [&c](const QString &name) {
+        const LogicalControl *control = c.find(name);
+        if (!control || control->currentIndex() < 0)
+            return QStringLiteral("none");
+        return control->items().value(control->currentIndex());
+    };
+    auto sessions = [&c](int side) {
+        QStringList list;
+        for (const QString &box : KestraMain::sessionBoxes(side)) {
+            if (const LogicalControl *control = c.find(box); control && !control->text().isEmpty())
+                list.append(control->text());
+        }
+        // Additional boxes count only behind a primary one.
+        if (list.isEmpty() || c(KestraMain::sessionBoxes(side).first()).text().isEmpty())
+            return QStringLiteral("all");
+        return list.join(QLatin1Char(','));
+    };
+    auto events = [this](int side) {
+        QStringList list;
+        for (int e = 1; e <= m_main.numEvents(side); ++e) {
+            if (m_main.isEventTicked(e, side))
+                list.append(m_main.eventTitle(side, e).trimmed());
+        }
+        return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
+    };
+    QString line = QStringLiteral("running: meet \"%1\", event group \"%2\", sessions %3, events %4")
+                       .arg(shown(QStringLiteral("dblcboMeets")), shown(QStringLiteral("dblcboEvent1")),
+                            sessions(1), events(1));
+    if (m_main.isDual())
+        line += QStringLiteral("; column 2: event group \"%1\", sessions %2, events %3")
+                    .arg(shown(QStringLiteral("dblcboEvent2")), sessions(2), events(2));
+    if (m_main.controls()(QStringLiteral("chkNCAA")).isChecked())
+        line += QStringLiteral("; NCAA mode");
+    const KestraSettings &s = m_main.settings();
+    line += QStringLiteral("; target %1").arg(targetName(m_main.checkedTarget()));
+    if (s.COMPort == QLatin1String("UDP"))
+        line += QStringLiteral(" by UDP to %1:%2").arg(s.IPAddr, s.UDPPort);
+    else
+        line += QStringLiteral(" on %1").arg(s.COMPort);
+    line += QStringLiteral("; scores shown %1 to %2 s").arg(s.Interval).arg(s.IntervalMax);
+    return line;
+}
+
+} // namespace kestra

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "generator/HeadlessOptions.h"
+
+#include <QString>
+
+namespace kestra {
+
+class KestraMain;
+
+// A run without windows: the main window's lifecycle driven by the command
+// line instead of the operator. begin() creates and shows the window's logic,
+// makes the picks through the same controls and handlers an operator uses,
+// and presses Start; finish() stops and closes in order.
+class HeadlessRun {
+public:
+    enum class Outcome {
+        Running, // Start was accepted (the state may show "Paused")
+        GaveUp,  // the connection at creation was given up
+        Refused, // a pick was not possible or Start refused it; see lastError()
+    };
+
+    HeadlessRun(KestraMain &main, HeadlessOptions options);
+
+    Outcome begin();
+    // Stop when running, then the close; safe to call more than once.
+    void finish();
+
+    const QString &lastError() const { return m_lastError; }
+    // One line for the log: what the run follows and where it sends.
+    QString describe() const;
+
+private:
+    bool pick(bool done, const QString &what);
+
+    KestraMain &m_main;
+    HeadlessOptions m_options;
+    QString m_lastError;
+    bool m_finished = false;
+};
+
+} // namespace kestra

@@ -1,0 +1,273 @@
+// kestra-headless as a station runs it: a real embedded meet database fed by
+// the scoring feed, the program as a child process sending Daktronics frames
+// by UDP on loopback, and a socket that reads them as a board would.
+#include "meetdb/DevStore.h"
+#include "meetdb/MeetStore.h"
+#include "outputs/BoardDecoder.h"
+#include "outputs/BoardMirror.h"
+#include "outputs/DisplayRecord.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QNetworkDatagram>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QUdpSocket>
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+#include <memory>
+#include <vector>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+QString headlessProgram()
+{
+    return buildDir() + S("/src/app/kestra-headless");
+}
+
+// One score as a board showed it: the slot's number and score fields.
+struct Shown {
+    int slot = 0;
+    QString num;
+    QString score;
+};
+
+// kestra-headless as a child with settings of its own.
+class Headless {
+public:
+    Headless(const TempDir &home, const QStringList &arguments)
+    {
+        if (!QFileInfo::exists(headlessProgram()))
+            ADD_FAILURE() << "kestra-headless is not built: " << headlessProgram().toStdString();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(S("XDG_CONFIG_HOME"), home.file(S("config")));
+        env.insert(S("XDG_STATE_HOME"), home.file(S("state")));
+        m_process.setProcessEnvironment(env);
+        m_process.start(headlessProgram(), arguments);
+        EXPECT_TRUE(m_process.waitForStarted(5000));
+    }
+    ~Headless()
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.kill();
+            m_process.waitForFinished(5000);
+        }
+    }
+    // Ends the run as a service manager does; answers the exit status, -1
+    // when it did not end by itself.
+    int terminate()
+    {
+        ::kill(pid_t(m_process.processId()), SIGTERM);
+        return finish();
+    }
+    int finish(int ms = 20000)
+    {
+        if (!m_process.waitForFinished(ms) || m_process.exitStatus() != QProcess::NormalExit)
+            return -1;
+        return m_process.exitCode();
+    }
+    QString errors()
+    {
+        m_err += QString::fromLocal8Bit(m_process.readAllStandardError());
+        return m_err;
+    }
+    QProcess &process() { return m_process; }
+
+private:
+    QProcess m_process;
+    QString m_err;
+};
+
+class HeadlessProcessTest : public testing::Test {
+protected:
+    TempDir home;
+    TempDir meet;
+    std::unique_ptr<MeetStore> store;
+
+    void SetUp() override
+    {
+        QDir(home.path()).mkpath(S("config"));
+        QDir(home.path()).mkpath(S("state"));
+        store = DevStore::openOrCreate(meet.path());
+        ASSERT_TRUE(DevStore::createSchema(*store, false));
+        DevStore::seed(*store);
+    }
+
+    std::vector<DevStore::FeedScore> feed(DevStore::ScoreFeed &feeder, int count)
+    {
+        std::vector<DevStore::FeedScore> out;
+        for (int i = 0; i < count; ++i) {
+            DevStore::FeedScore score;
+            EXPECT_TRUE(feeder.publish(&score));
+            out.push_back(score);
+        }
+        return out;
+    }
+
+    QList<int> queueDone()
+    {
+        QList<int> ids;
+        QueryResult result = store->query(S("select DataID from QueueDone where AppID = 4 order by DataID"));
+        for (result.first(); !result.eof(); result.next())
+            ids.append(result.value(S("DataID")).toInt());
+        return ids;
+    }
+};
+
+TEST_F(HeadlessProcessTest, fedScoresReachTheBoardInQueueOrderAndAreMarkedDone)
+{
+    QUdpSocket board;
+    ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    DevStore::ScoreFeed feeder(*store, DevStore::FeedOptions());
+    std::vector<DevStore::FeedScore> fed = feed(feeder, 4);
+
+    Headless run(home, {S("--store"), meet.path(), S("--target"), S("daktronics"), S("--set"),
+                        S("Options/COMPort=UDP"), S("--set"),
+                        S("Options/UDPPort=") + QString::number(board.localPort()), S("--set"),
+                        S("Options/IPAddr=127.0.0.1"), S("--set"), S("Options/Interval=0")});
+
+    // What a board would show, frame by frame: each change of an event slot.
+    DaktronicsDecoder decoder;
+    BoardMirror mirror;
+    std::vector<Shown> shown;
+    std::map<int, QString> lastNum;
+    QStringList rejected;
+    auto read = [&] {
+        while (board.hasPendingDatagrams()) {
+            const DecodeResult r = decoder.decodeDatagram(board.receiveDatagram().data());
+            rejected += r.errors;
+            for (const BoardFrame &frame : r.frames) {
+                mirror.apply(frame);
+                for (int slot = 1; slot <= 6; ++slot) {
+                    const QString num = mirror.record().text(layout::eventNum(slot)).trimmed();
+                    if (!num.isEmpty() && num != lastNum[slot]) {
+                        shown.push_back({slot, num, mirror.record().text(layout::eventScore(slot)).trimmed()});
+                        lastNum[slot] = num;
+                    }
+                }
+            }
+        }
+    };
+
+    // Half the scores wait in the queue at Start; the rest come during the run.
+    ASSERT_TRUE(waitUntil([&] { read(); return shown.size() >= 1; }, std::chrono::seconds(20)))
+        << run.errors().toStdString();
+    const std::vector<DevStore::FeedScore> more = feed(feeder, 4);
+    fed.insert(fed.end(), more.begin(), more.end());
+    waitUntil([&] { read(); return shown.size() >= fed.size(); }, std::chrono::seconds(40));
+    EXPECT_EQ(run.terminate(), 0) << run.errors().toStdString();
+    read();
+    EXPECT_TRUE(rejected.isEmpty()) << rejected.join(S("\n")).toStdString();
+
+    // Per event, the board shows that event's scores in the order they were
+    // queued; all four events are ticked, so event n shows in slot n.
+    std::map<int, std::vector<const DevStore::FeedScore *>> expected;
+    for (const DevStore::FeedScore &f : fed)
+        expected[f.event].push_back(&f);
+    std::map<int, std::vector<const Shown *>> seen;
+    for (const Shown &s : shown)
+        seen[s.slot].push_back(&s);
+    ASSERT_EQ(shown.size(), fed.size()) << run.errors().toStdString();
+    for (const auto &[event, scores] : expected) {
+        ASSERT_EQ(seen[event].size(), scores.size()) << "event " << event;
+        for (size_t i = 0; i < scores.size(); ++i) {
+            EXPECT_EQ(seen[event][i]->num, QString::number(scores[i]->num)) << "event " << event << " #" << i;
+            EXPECT_NEAR(seen[event][i]->score.toDouble(), scores[i]->score, 0.0006)
+                << "event " << event << " #" << i;
+        }
+    }
+
+    // Every row taken is marked for application 4, and no other.
+    QList<int> fedIds;
+    for (const DevStore::FeedScore &f : fed)
+        fedIds.append(f.dataId);
+    std::sort(fedIds.begin(), fedIds.end());
+    EXPECT_EQ(queueDone(), fedIds);
+
+    // The overrides held for the run only: the key was not written with them.
+    const QString key = home.file(S("config/Corvane/Kestra.ini"));
+    if (QFile::exists(key)) {
+        QFile file(key);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_FALSE(file.readAll().contains("UDP"));
+    }
+}
+
+TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
+{
+    Headless run(home, {S("--store"), meet.path(), S("--set"), S("Options/COMPort=UDP"), S("--set"),
+                        S("Options/UDPPort=9"), S("--set"), S("Options/IPAddr=127.0.0.1")});
+    ASSERT_TRUE(waitUntil([&] { return run.errors().contains(S("running:")); }, std::chrono::seconds(20)))
+        << run.errors().toStdString();
+    ::kill(pid_t(run.process().processId()), SIGINT);
+    EXPECT_EQ(run.finish(), 0) << run.errors().toStdString();
+    EXPECT_TRUE(run.errors().contains(S("stopping"))) << run.errors().toStdString();
+    EXPECT_TRUE(queueDone().isEmpty());
+}
+
+struct RefusedLine {
+    const char *what;
+    QStringList arguments; // "{store}" is the seeded store, "{empty}" an empty folder
+    int status;
+    const char *message;
+};
+
+class HeadlessRefusals : public HeadlessProcessTest, public testing::WithParamInterface<RefusedLine> {};
+
+TEST_P(HeadlessRefusals, endWithTheirStatusAndOneClearLine)
+{
+    const RefusedLine &line = GetParam();
+    TempDir empty;
+    QStringList arguments;
+    for (QString a : line.arguments) {
+        a.replace(S("{store}"), meet.path());
+        a.replace(S("{empty}"), empty.path());
+        arguments.append(a);
+    }
+    Headless run(home, arguments);
+    EXPECT_EQ(run.finish(), line.status) << line.what << ": " << run.errors().toStdString();
+    const QString errors = run.errors();
+    EXPECT_TRUE(errors.contains(S(line.message))) << line.what << ": " << errors.toStdString();
+    EXPECT_TRUE(queueDone().isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    HeadlessProcessTest, HeadlessRefusals,
+    testing::Values(
+        RefusedLine{"unknown option", {S("--colour"), S("red")}, 2, "kestra-headless: unknown option \"--colour\""},
+        RefusedLine{"bad event list", {S("--store"), S("{store}"), S("--events"), S("1,9")}, 2,
+                    "kestra-headless: --events: \"9\" is not an event number from 1 to 6"},
+        RefusedLine{"a folder without a meet database", {S("--store"), S("{empty}")}, 1, "kestra-headless: "},
+        RefusedLine{"a meet that is not there", {S("--store"), S("{store}"), S("--meet"), S("99")}, 3,
+                    "kestra-headless: --meet 99"},
+        RefusedLine{"NCAA mode without a session", {S("--store"), S("{store}"), S("--ncaa")}, 3,
+                    "A session number must be entered for NCAA Mode"}),
+    [](const testing::TestParamInfo<RefusedLine> &info) { return "line" + std::to_string(info.index); });
+
+TEST(HeadlessProcessHelpTest, helpNamesTheOptionsAndEndsWell)
+{
+    QProcess process;
+    process.start(headlessProgram(), {S("--help")});
+    ASSERT_TRUE(process.waitForFinished(10000));
+    EXPECT_EQ(process.exitCode(), 0);
+    const QString out = QString::fromLocal8Bit(process.readAllStandardOutput());
+    EXPECT_TRUE(out.startsWith(S("Usage: kestra-headless"))) << out.toStdString();
+    EXPECT_TRUE(out.contains(S("--set Section/Name=Value")));
+}
+
+} // namespace
