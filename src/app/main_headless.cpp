@@ -103,7 +103,6 @@ int main(int argc, char **argv)
     }
 
     SystemTickSource ticks;
-    int status = Stopped;
     bool lost = false;
     KestraMain main(*connection, *kestraKey, marlowenKey, prompt, ticks, DisplayRecord::instance(),
                     DeviceTransport::instance(), [&lost] { lost = true; });
@@ -117,7 +116,7 @@ int main(int argc, char **argv)
         signalNotifier.setEnabled(false);
         say(QStringLiteral("stopping"));
         run.finish();
-        QCoreApplication::exit(status);
+        QCoreApplication::exit(Stopped);
     });
     QObject::connect(&main, &KestraMain::quitRequested, &app, [&] {
         // The connection was given up or lost: the station's supervisor

@@ -75,10 +75,7 @@ int main(int argc, char **argv)
     window = &mainWindow;
     prompt.setOwner(&mainWindow);
     mainWindow.setWindowTitle(main.title());
-    QObject::connect(&main, &KestraMain::titleChanged, &mainWindow, [&mainWindow](const QString &title) {
-        mainWindow.setWindowTitle(title);
-        QApplication::setApplicationDisplayName(QString());
-    });
+    QObject::connect(&main, &KestraMain::titleChanged, &mainWindow, &QWidget::setWindowTitle);
     QObject::connect(&main, &KestraMain::quitRequested, &app, &QApplication::quit, Qt::QueuedConnection);
     mainWindow.setCloseHandler([&main] { main.close(); });
 
