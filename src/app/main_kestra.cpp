@@ -9,8 +9,8 @@
 #include "setup/SettingsStore.h"
 #include "support/TickSource.h"
 #include "ui/MessageBoxPrompt.h"
-#include "ui/frmChooseServer.h"
 #include "ui/frmKestraMain.h"
+#include "ui/frmRegisteredServers.h"
 #include "ui/frmSetupUnits.h"
 
 #include "kestra/Version.h"
@@ -59,7 +59,8 @@ int main(int argc, char **argv)
     SettingsStore marlowenKey = SettingsStore::marlowenKey();
     ServerConnection connection(marlowenKey, prompt);
     QPointer<frmKestraMain> window;
-    connection.setChooser([&window](SettingsStore &key) { return frmChooseServer::choose(key, window); });
+    connection.setChooser(
+        [&window, &prompt](SettingsStore &key) { return frmRegisteredServers::execute(key, prompt, window); });
 
     SystemTickSource ticks;
     DisplayRecord &record = DisplayRecord::instance();
