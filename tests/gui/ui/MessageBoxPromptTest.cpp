@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <algorithm>
 #include <functional>
 
 using namespace kestra;
@@ -99,7 +100,12 @@ INSTANTIATE_TEST_SUITE_P(
                             QMessageBox::Warning},
                     BoxCase{"information", PromptButtons::Ok, PromptIcon::Information, QMessageBox::Ok,
                             QMessageBox::Information},
-                    BoxCase{"no icon", PromptButtons::Ok, PromptIcon::None, QMessageBox::Ok, QMessageBox::NoIcon}));
+                    BoxCase{"no icon", PromptButtons::Ok, PromptIcon::None, QMessageBox::Ok, QMessageBox::NoIcon}),
+    [](const testing::TestParamInfo<BoxCase> &info) {
+        std::string name = info.param.what;
+        std::replace(name.begin(), name.end(), ' ', '_');
+        return name;
+    });
 
 TEST(MessageBoxPromptTest, askAnswersWithTheButtonPressed)
 {
