@@ -13,6 +13,8 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
+
 namespace kestra {
 
 Q_LOGGING_CATEGORY(lcMain, "kestra.main")
@@ -991,6 +993,12 @@ void KestraMain::cboSession1PropertiesChange()
         const int second = numEvents(2) + byesFor(c(QStringLiteral("cboSession2")).text());
         if (second > rotations)
             rotations = second;
+    }
+    // A rotation has at most nine squads; a broken Events or Rotations row
+    // must not ask for thousands of buttons, nor for fewer than none.
+    if (rotations < 0 || rotations > MaxRotations) {
+        qCWarning(lcMain) << "rotation count" << rotations << "out of range; using" << std::clamp(rotations, 0, MaxRotations);
+        rotations = std::clamp(rotations, 0, MaxRotations);
     }
     LogicalControl &group = c(QStringLiteral("rgrpRotation"));
     if (rotations == group.property(QStringLiteral("columns")).toInt())

@@ -63,6 +63,8 @@ public:
     static constexpr int ColorYellow = 65535;
     static constexpr int PollInterval = 4000;
     static constexpr int RecordInterval = 2000;
+    // The most buttons rgrpRotation offers: six events and nine squads.
+    static constexpr int MaxRotations = 15;
 
     // What the save dialog of btnSelectFile is asked for; it answers the
     // chosen path, or an empty text when the operator cancels.

@@ -289,3 +289,18 @@ TEST(SelectionTest, TheTargetButtonsAreOneOfSix)
         EXPECT_EQ(checkedCount, 1);
     }
 }
+
+TEST(SelectionTest, ABrokenRotationRowCannotAskForMoreButtonsThanSquadsAndEvents)
+{
+    const struct {
+        int byes;
+        int items;
+    } cases[] = {{5000, KestraMain::MaxRotations}, {-9, 0}, {2, 6}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.byes);
+        MainRig rig([&](MeetStore &s) { s.execute(QStringLiteral("update Rotations set NumByes = %1").arg(c.byes)); });
+        ASSERT_TRUE(rig.open());
+        EXPECT_EQ(rig(S("rgrpRotation")).items().size(), c.items);
+        EXPECT_EQ(rig(S("rgrpRotation")).property(S("columns")).toInt(), c.items);
+    }
+}
