@@ -339,6 +339,9 @@ bool KestraMain::close()
     if (m_closed)
         return true;
     m_closed = true;
+    // A window that never came up has nothing to store.
+    if (!m_created || m_programClosing)
+        return true;
     bool written = false;
     try {
         FormClose();

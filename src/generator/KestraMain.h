@@ -39,11 +39,12 @@ class ScorePoll;
 //   "kind"    button, check, radio, edit, combo, lookup, label, status,
 //             radiogroup, group
 //   "group"   the area it belongs to: ribbon, run, options, target, file,
-//             column1, column2 (selection and status of a session column)
-//   "row", "column"  its place in that area. The per-event controls of a
-//             session column carry the event number as "row" and, as
-//             "column", 0 title, 1 Display, 2 Pause, 3 Num, 4 Score, 5 Waiting;
-//             their column heading is in "heading".
+//             column1, column2 (the selection of a session column), events1,
+//             events2 (its status box grpStatus<c> and its six event rows)
+//   "row", "column"  its place in that area. The per-event controls carry
+//             the event number as "row" and, as "column", 0 title, 1 Display,
+//             2 Pause, 3 Num, 4 Score, 5 Waiting; their column heading is in
+//             "heading". grpStatus<c> has "bevelRows", the last row shown.
 //   "caption" the title drawn beside or above a control that has one of its
 //             own ("Kestra is:", "Select a Meet", "NCAA Rotation").
 //   "hint"    a tooltip.

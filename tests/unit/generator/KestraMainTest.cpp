@@ -103,6 +103,9 @@ TEST(KestraMainTest, AConnectionGivenUpEndsTheProgramBeforeTheWindowIsShown)
     EXPECT_EQ(main.table(S("Meets")), nullptr);
     EXPECT_FALSE(main.start());
     EXPECT_EQ(givenUp.attempts, 1);
+    const QString settingsBefore = readIni(rig);
+    EXPECT_TRUE(main.close());
+    EXPECT_EQ(readIni(rig), settingsBefore);
     EXPECT_EQ(main.title(), S("Kestra v%1 - Jumbotron Display Generator, Server: ").arg(S(version::productVersion)));
 }
 
