@@ -12,6 +12,7 @@
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -31,6 +32,30 @@ const QString kSessionRequiredNcaa = QStringLiteral("A session number must be en
 QString cell(const char *stem, int eventNumber, int side)
 {
     return QStringLiteral("%1%2%3").arg(QLatin1String(stem)).arg(eventNumber).arg(side);
+}
+
+bool isConnectionLost(std::exception_ptr error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const StoreError &failure) {
+        return failure.kind() == StoreError::Kind::ConnectionLost;
+    } catch (...) {
+        return false;
+    }
+}
+
+QString describeFailure(std::exception_ptr error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const StoreError &failure) {
+        return failure.message();
+    } catch (const std::exception &failure) {
+        return QString::fromLocal8Bit(failure.what());
+    } catch (...) {
+        return QStringLiteral("an unexpected failure");
+    }
 }
 
 } // namespace
@@ -752,6 +777,16 @@ void KestraMain::applyOutputSettings()
 
 void KestraMain::handleException(std::exception_ptr error)
 {
+    // The box of one failure keeps the event loop running, and with it the
+    // timers: a poll that fails on every tick would stack box upon box. While
+    // one is up, further failures go to the log; a lost connection still
+    // goes through, since it must end in the restart.
+    if (m_reportingFailure > 0 && !isConnectionLost(error)) {
+        qCWarning(lcMain).noquote() << "while a failure is being shown:" << describeFailure(error);
+        return;
+    }
+    ++m_reportingFailure;
+    const auto done = qScopeGuard([this] { --m_reportingFailure; });
     if (m_hooks.exceptionHandler)
         m_hooks.exceptionHandler(error);
     else

@@ -302,6 +302,7 @@ private:
     bool m_shown = false;
     bool m_closed = false;
     bool m_settingsWritten = false;
+    int m_reportingFailure = 0;
     // NumEvents of each column at Start (the second only in dual display).
     std::array<int, 2> m_eventCount{};
     QString m_title;

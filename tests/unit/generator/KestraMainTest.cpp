@@ -905,3 +905,35 @@ TEST(KestraMainTest, AServerChangeGivenUpEndsTheProgram)
     EXPECT_EQ(quits, 1);
     EXPECT_EQ(main.table(S("Meets")), nullptr);
 }
+
+TEST(KestraMainTest, FailuresDuringTheBoxOfAnotherAreLoggedButALostConnectionStillRestarts)
+{
+    MainRig rig;
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().start());
+    const auto failure = [](StoreError::Kind kind) {
+        return std::make_exception_ptr(StoreError(kind, StoreBackend::Sqlite, S("no such table: Meets")));
+    };
+    int nested = 0;
+    rig.prompt.setWhileShown([&](const PromptMessage &) {
+        if (++nested > 1)
+            return;
+        // The timers go on while the box is up.
+        rig.main().handleException(failure(StoreError::Kind::Database));
+        rig.main().handleException(failure(StoreError::Kind::Database));
+        rig.main().handleException(failure(StoreError::Kind::ConnectionLost));
+    });
+    rig.main().handleException(failure(StoreError::Kind::Database));
+    ASSERT_EQ(rig.prompt.messages.size(), 2u);
+    EXPECT_EQ(rig.prompt.messages[0].text, S("no such table: Meets"));
+    EXPECT_EQ(rig.prompt.messages[1].caption, S("Marlowen Server Connection"));
+    EXPECT_EQ(rig.restarts, 1);
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+
+    // Once the box is gone the next failure is shown again.
+    MainRig again;
+    ASSERT_TRUE(again.open());
+    again.main().handleException(failure(StoreError::Kind::Database));
+    again.main().handleException(failure(StoreError::Kind::Database));
+    EXPECT_EQ(again.prompt.messages.size(), 2u);
+}
