@@ -10,16 +10,13 @@
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
 #include "support/OperatorPrompt.h"
+#include "support/StopSignals.h"
 #include "support/TickSource.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QTemporaryDir>
 
-#include <csignal>
 #include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 using namespace kestra;
 
@@ -27,33 +24,10 @@ namespace {
 
 enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3 };
 
-int signalPipe[2] = {-1, -1};
-
-void onSignal(int)
-{
-    const char byte = 1;
-    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
-}
-
 void say(const QString &line)
 {
     std::fprintf(stderr, "kestra-headless: %s\n", line.toLocal8Bit().constData());
     std::fflush(stderr);
-}
-
-bool installSignalPipe()
-{
-    if (::pipe(signalPipe) != 0)
-        return false;
-    for (int fd : signalPipe) {
-        ::fcntl(fd, F_SETFD, FD_CLOEXEC);
-        ::fcntl(fd, F_SETFL, O_NONBLOCK);
-    }
-    struct sigaction action = {};
-    action.sa_handler = onSignal;
-    sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
-    return ::sigaction(SIGINT, &action, nullptr) == 0 && ::sigaction(SIGTERM, &action, nullptr) == 0;
 }
 
 } // namespace
@@ -74,7 +48,8 @@ int main(int argc, char **argv)
         return Stopped;
     }
     // A signal that comes while connecting ends the run as soon as the loop runs.
-    if (!installSignalPipe()) {
+    StopSignals stopSignals;
+    if (!stopSignals.isInstalled()) {
         say(QStringLiteral("cannot install the signal handlers"));
         return StoreFailure;
     }
@@ -104,16 +79,15 @@ int main(int argc, char **argv)
 
     SystemTickSource ticks;
     bool lost = false;
+    bool stopping = false;
     KestraMain main(*connection, *kestraKey, marlowenKey, prompt, ticks, DisplayRecord::instance(),
                     DeviceTransport::instance(), [&lost] { lost = true; });
     HeadlessRun run(main, options);
 
-    QSocketNotifier signalNotifier(signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(&signalNotifier, &QSocketNotifier::activated, &app, [&] {
-        char drain[16];
-        while (::read(signalPipe[0], drain, sizeof drain) > 0) {
-        }
-        signalNotifier.setEnabled(false);
+    QObject::connect(&stopSignals, &StopSignals::stopRequested, &app, [&] {
+        if (stopping)
+            return;
+        stopping = true;
         say(QStringLiteral("stopping"));
         run.finish();
         QCoreApplication::exit(Stopped);

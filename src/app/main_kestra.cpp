@@ -7,6 +7,7 @@
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
+#include "support/StopSignals.h"
 #include "support/TickSource.h"
 #include "ui/MessageBoxPrompt.h"
 #include "ui/frmKestraMain.h"
@@ -54,11 +55,21 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("Kestra"));
     QApplication::setApplicationVersion(QString::fromLatin1(version::productVersion));
 
+    // SIGINT and SIGTERM (a session ending, a service stop) close the window
+    // as the operator would, so the close writes what it writes.
+    StopSignals stopSignals;
+    QPointer<frmKestraMain> window;
+    QObject::connect(&stopSignals, &StopSignals::stopRequested, &app, [&window] {
+        if (window)
+            window->close();
+        else
+            QApplication::exit(1); // still connecting: nothing to close
+    });
+
     MessageBoxPrompt prompt;
     SettingsStore kestraKey = SettingsStore::kestraKey();
     SettingsStore marlowenKey = SettingsStore::marlowenKey();
     ServerConnection connection(marlowenKey, prompt);
-    QPointer<frmKestraMain> window;
     connection.setChooser(
         [&window, &prompt](SettingsStore &key) { return frmRegisteredServers::execute(key, prompt, window); });
 

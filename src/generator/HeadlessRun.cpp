@@ -5,6 +5,8 @@
 
 #include <QList>
 
+#include <exception>
+
 namespace kestra {
 
 namespace {
@@ -91,10 +93,20 @@ void HeadlessRun::finish()
     if (m_finished)
         return;
     m_finished = true;
-    if (m_main.runState() != KestraMain::RunState::Stopped)
-        m_main.stop();
-    if (m_main.isCreated())
-        m_main.close();
+    // On the way out after a lost connection the store may fail again;
+    // the close still runs and nothing is thrown past the run.
+    try {
+        if (m_main.runState() != KestraMain::RunState::Stopped)
+            m_main.stop();
+    } catch (const std::exception &failure) {
+        m_lastError = QString::fromLocal8Bit(failure.what());
+    }
+    try {
+        if (m_main.isCreated())
+            m_main.close();
+    } catch (const std::exception &failure) {
+        m_lastError = QString::fromLocal8Bit(failure.what());
+    }
 }
 
 QString HeadlessRun::describe() const

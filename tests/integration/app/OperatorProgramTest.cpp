@@ -1,0 +1,111 @@
+// kestra, the operator program, as a process under the offscreen platform:
+// it comes up on the server in use, and a signal closes it as the operator
+// would, so the close writes the display target back.
+#include "meetdb/DevStore.h"
+#include "meetdb/MeetStore.h"
+#include "setup/SettingsStore.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <csignal>
+
+using namespace kestra;
+using namespace kestra::test;
+
+namespace {
+
+QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+class OperatorProgramTest : public testing::Test {
+protected:
+    TempDir home;
+    QProcess process;
+
+    void writeKey(const char *file, const QByteArray &text)
+    {
+        QDir(home.path()).mkpath(S("config/Corvane"));
+        QFile key(home.file(S("config/Corvane/") + S(file)));
+        ASSERT_TRUE(key.open(QIODevice::WriteOnly));
+        key.write(text);
+    }
+    QByteArray readKey(const char *file)
+    {
+        QFile key(home.file(S("config/Corvane/") + S(file)));
+        return key.open(QIODevice::ReadOnly) ? key.readAll() : QByteArray();
+    }
+    void start()
+    {
+        const QString program = buildDir() + S("/src/app/kestra");
+        if (!QFileInfo::exists(program))
+            GTEST_SKIP() << "kestra is not built (no widgets in this build)";
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(S("QT_QPA_PLATFORM"), S("offscreen"));
+        env.insert(S("XDG_CONFIG_HOME"), home.file(S("config")));
+        env.insert(S("XDG_STATE_HOME"), home.file(S("state")));
+        process.setProcessEnvironment(env);
+        process.start(program, {});
+        ASSERT_TRUE(process.waitForStarted(5000));
+    }
+    // Gives the program time to come up, then the signal; the exit status,
+    // -1 when it did not end by itself.
+    int terminateAfter(std::chrono::milliseconds upTime)
+    {
+        waitUntil([] { return false; }, upTime);
+        EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
+        ::kill(pid_t(process.processId()), SIGTERM);
+        if (!process.waitForFinished(15000) || process.exitStatus() != QProcess::NormalExit)
+            return -1;
+        return process.exitCode();
+    }
+    ~OperatorProgramTest() override
+    {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished(5000);
+        }
+    }
+};
+
+TEST_F(OperatorProgramTest, aSignalClosesTheWindowInOrderAndTheTargetIsStored)
+{
+    const QString meet = home.file(S("meet"));
+    {
+        auto store = DevStore::openOrCreate(meet);
+        ASSERT_TRUE(DevStore::createSchema(*store, false));
+        DevStore::seed(*store);
+    }
+    writeKey("Marlowen.ini", "MarlowenServerName=Gym Hall\n[Servers]\nNumServers=1\n[Servers\\Server1]\nName=Gym Hall\n"
+                             "Host=" + meet.toUtf8() + "\nLocation=Local PC\n");
+    writeKey("Kestra.ini", "[Options]\nUseBarco=1\n");
+    start();
+    EXPECT_EQ(terminateAfter(std::chrono::seconds(4)), 0) << process.readAllStandardError().toStdString();
+    const QByteArray key = readKey("Kestra.ini");
+    // Only the close writes these.
+    EXPECT_TRUE(key.contains("UseDaktronics=0")) << key.toStdString();
+    EXPECT_TRUE(key.contains("UseBarco=1")) << key.toStdString();
+    EXPECT_TRUE(key.contains("NCAAMode=0")) << key.toStdString();
+    // The server in use stays the one chosen.
+    EXPECT_TRUE(readKey("Marlowen.ini").startsWith("MarlowenServerName=Gym Hall"));
+}
+
+TEST_F(OperatorProgramTest, endingWhileTheServerListIsUpGivesUpWithoutAWindow)
+{
+    // No server in use: the list opens first, before any window.
+    start();
+    const int status = terminateAfter(std::chrono::seconds(3));
+    EXPECT_EQ(status, 1) << process.readAllStandardError().toStdString();
+    EXPECT_FALSE(readKey("Kestra.ini").contains("UseDaktronics"));
+}
+
+} // namespace
