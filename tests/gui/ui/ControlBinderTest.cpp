@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -47,6 +49,11 @@ struct KindCase {
     const char *expectedKind;
     const char *widgetClass;
 };
+
+void PrintTo(const KindCase &c, std::ostream *os)
+{
+    *os << c.name << " as " << c.widgetClass;
+}
 
 class ControlBinderKinds : public testing::TestWithParam<KindCase> {};
 

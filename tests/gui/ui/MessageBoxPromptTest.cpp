@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QHostAddress>
@@ -72,6 +74,11 @@ struct BoxCase {
     QMessageBox::StandardButton defaultButton;
     QMessageBox::Icon shownIcon;
 };
+
+void PrintTo(const BoxCase &c, std::ostream *os)
+{
+    *os << c.what;
+}
 
 class MessageBoxPromptButtons : public testing::TestWithParam<BoxCase> {};
 

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -220,12 +222,42 @@ TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
     EXPECT_TRUE(queueDone().isEmpty());
 }
 
+TEST(HeadlessLostServerTest, aServerThatGoesAwayEndsTheRunWithAFailure)
+{
+    PrivatePostgres server;
+    const Endpoint endpoint = server.endpoint();
+    const QString address = S("%1:%2").arg(endpoint.host).arg(endpoint.port);
+    {
+        auto store = DevStore::openOrCreate(address);
+        ASSERT_TRUE(DevStore::createSchema(*store, false));
+        DevStore::seed(*store);
+    }
+    TempDir home;
+    Headless run(home, {S("--store"), address, S("--set"), S("Options/COMPort=UDP"), S("--set"),
+                        S("Options/UDPPort=9"), S("--set"), S("Options/IPAddr=127.0.0.1")});
+    ASSERT_TRUE(waitUntil([&] { return run.errors().contains(S("running:")); }, std::chrono::seconds(20)))
+        << run.errors().toStdString();
+    server.stop();
+    // The next poll finds the server gone: the operator is told, and the run
+    // ends for its supervisor to start again.
+    EXPECT_EQ(run.finish(30000), 1) << run.errors().toStdString();
+    const QString errors = run.errors();
+    EXPECT_TRUE(errors.contains(S("Kestra is no longer able to communicate with the server"))) << errors.toStdString();
+    EXPECT_TRUE(errors.contains(S("kestra-headless: the connection to the meet database was lost")))
+        << errors.toStdString();
+}
+
 struct RefusedLine {
     const char *what;
     QStringList arguments; // "{store}" is the seeded store, "{empty}" an empty folder
     int status;
     const char *message;
 };
+
+void PrintTo(const RefusedLine &line, std::ostream *os)
+{
+    *os << line.what;
+}
 
 class HeadlessRefusals : public HeadlessProcessTest, public testing::WithParamInterface<RefusedLine> {};
 

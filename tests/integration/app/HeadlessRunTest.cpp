@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <functional>
 #include <memory>
 
@@ -109,6 +111,11 @@ struct Refusal {
     QStringList arguments;
     const char *error;
 };
+
+void PrintTo(const Refusal &refusal, std::ostream *os)
+{
+    *os << refusal.arguments.join(QLatin1Char(' ')).toStdString();
+}
 
 class HeadlessRunRefusals : public HeadlessRunTest, public testing::WithParamInterface<Refusal> {};
 

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <QFile>
 
 #include <functional>
@@ -28,6 +30,11 @@ struct GoodLine {
     QStringList arguments;
     std::function<void(const HeadlessOptions &)> check;
 };
+
+void PrintTo(const GoodLine &line, std::ostream *os)
+{
+    *os << line.what;
+}
 
 class HeadlessGoodLines : public testing::TestWithParam<GoodLine> {};
 
@@ -119,6 +126,11 @@ struct BadLine {
     QStringList arguments;
     const char *message;
 };
+
+void PrintTo(const BadLine &line, std::ostream *os)
+{
+    *os << line.arguments.join(QLatin1Char(' ')).toStdString();
+}
 
 class HeadlessBadLines : public testing::TestWithParam<BadLine> {};
 
