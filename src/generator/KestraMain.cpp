@@ -344,9 +344,11 @@ bool KestraMain::start()
         m_lastError = QStringLiteral("The generator is already running.");
         return false;
     }
+    m_lastError.clear();
     button.click();
     if (m_state == RunState::Stopped) {
-        m_lastError = QStringLiteral("Start was refused.");
+        if (m_lastError.isEmpty())
+            m_lastError = QStringLiteral("Start was refused.");
         return false;
     }
     return true;
@@ -762,6 +764,7 @@ bool KestraMain::validationFails(const QString &text, const QString &focus)
     message.caption = kValidationCaption;
     message.text = text;
     message.icon = PromptIcon::Error;
+    m_lastError = text;
     m_prompt.ask(message);
     c(focus).requestFocus();
     return true;
@@ -785,6 +788,7 @@ void KestraMain::handleException(std::exception_ptr error)
         qCWarning(lcMain).noquote() << "while a failure is being shown:" << describeFailure(error);
         return;
     }
+    m_lastError = describeFailure(error);
     ++m_reportingFailure;
     const auto done = qScopeGuard([this] { --m_reportingFailure; });
     if (m_hooks.exceptionHandler)
@@ -800,35 +804,18 @@ void KestraMain::defaultExceptionHandler(std::exception_ptr error)
 
 // ---------------------------------------------------------------- selection
 
-std::unique_ptr<TableCursor> &KestraMain::cursorSlot(const QString &name)
-{
-    static std::unique_ptr<TableCursor> none;
-    if (name == QStringLiteral("Meets"))
-        return m_meets;
-    if (name == QStringLiteral("EventDisp1"))
-        return m_eventDisp1;
-    if (name == QStringLiteral("EventDisp2"))
-        return m_eventDisp2;
-    if (name == QStringLiteral("Sessions"))
-        return m_sessions;
-    if (name == QStringLiteral("Rotations"))
-        return m_rotations;
-    if (name == QStringLiteral("Host"))
-        return m_host;
-    if (name == QStringLiteral("Gyms"))
-        return m_gyms;
-    if (name == QStringLiteral("LevelChk"))
-        return m_levelChk;
-    if (name == QStringLiteral("Gymnasts"))
-        return m_gymnasts;
-    none.reset();
-    return none;
-}
-
 TableCursor *KestraMain::table(const QString &name)
 {
-    TableCursor *cursor = cursorSlot(name).get();
-    return cursor && cursor->isOpen() ? cursor : nullptr;
+    const std::pair<const char *, TableCursor *> tables[] = {
+        {"Meets", m_meets.get()},       {"EventDisp1", m_eventDisp1.get()}, {"EventDisp2", m_eventDisp2.get()},
+        {"Sessions", m_sessions.get()}, {"Rotations", m_rotations.get()},   {"Host", m_host.get()},
+        {"Gyms", m_gyms.get()},         {"LevelChk", m_levelChk.get()},     {"Gymnasts", m_gymnasts.get()},
+    };
+    for (const auto &[tableName, cursor] : tables) {
+        if (name == QLatin1String(tableName))
+            return cursor && cursor->isOpen() ? cursor : nullptr;
+    }
+    return nullptr;
 }
 
 MeetStore &KestraMain::store()

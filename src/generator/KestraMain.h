@@ -266,7 +266,6 @@ private:
     bool validationFails(const QString &text, const QString &focus);
     bool operate(const QString &name, const std::function<void(LogicalControl &)> &action);
     void defaultExceptionHandler(std::exception_ptr error);
-    std::unique_ptr<TableCursor> &cursorSlot(const QString &name);
 
     MeetConnection &m_connection;
     SettingsStore m_kestraKey;

@@ -454,6 +454,7 @@ TEST(KestraMainTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAnd
             continue;
         }
         EXPECT_FALSE(started);
+        EXPECT_EQ(rig.main().lastError(), S(c.message));
         ASSERT_EQ(rig.prompt.messages.size(), 1u);
         EXPECT_EQ(rig.prompt.messages[0].text, S(c.message));
         EXPECT_EQ(rig.prompt.messages[0].caption, S("Data Validation Error"));
@@ -810,6 +811,7 @@ TEST(KestraMainTest, AFailedMySqlConnectAtStartIsShownAndTheGeneratorStaysStoppe
     EXPECT_FALSE(rig.main().start());
     ASSERT_EQ(rig.prompt.messages.size(), 1u);
     EXPECT_EQ(rig.prompt.messages[0].text, S("Can't connect to server on '10.9.9.9'"));
+    EXPECT_EQ(rig.main().lastError(), S("Can't connect to server on '10.9.9.9'"));
     EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
     EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
     EXPECT_FALSE(rig.main().timer(1).isActive());
