@@ -92,8 +92,9 @@ public:
         std::function<void(int meetId)> meetChanged;
         // Stops the results window's own timer on a lost connection.
         std::function<void()> stopResultsTimer;
-        // Connects the graphics system's database at Start (Xpression only).
-        // A failure throws and reaches the exception handler.
+        // Called at every Start with Xpression checked: connects the graphics
+        // system's database unless it is connected already. A failure throws
+        // and reaches the exception handler; the generator stays stopped.
         std::function<void(const KestraSettings &)> connectMySql;
         std::function<void()> disconnectMySql;
         // Builds the NCAA team table at Start in NCAA mode.
