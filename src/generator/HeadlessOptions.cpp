@@ -20,6 +20,93 @@ QString quoted(const QString &text)
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
+// Kestra's key holds section Options alone; a value the program reads with
+// a type or range it cannot take would silently read as its default, so the
+// command line refuses it. Yes/no words become the stored 1 and 0.
+QString checkSetting(SettingOverride &o)
+{
+    if (SettingsDocument::normalizeSection(o.section).compare(QLatin1String("Options"), Qt::CaseInsensitive) != 0)
+        return QStringLiteral("only section Options holds Kestra's settings, not ") + quoted(o.section);
+    enum Kind { Text, Number, Flag, Port, Address, Interface };
+    struct Rule {
+        const char *name;
+        Kind kind;
+        int low;
+        int high;
+    };
+    static const Rule rules[] = {
+        {"COMPort", Interface, 0, 0},    {"UDPPort", Port, 0, 65535},      {"IPAddr", Address, 0, 0},
+        {"BaseAddr", Number, 0, 65535},  {"Interval", Number, 0, 99},      {"IntervalMax", Number, 0, 999},
+        {"CycleRate", Number, 1, 99},    {"NameFormat", Number, 0, 3},     {"UseSingleNCAA", Flag, 0, 1},
+        {"NCAATeam", Number, 0, 2},      {"MySQLServer", Text, 0, 0},      {"MySQLDatabase", Text, 0, 0},
+        {"MySQLUser", Text, 0, 0},       {"MySQLPass", Text, 0, 0},        {"UseDaktronics", Flag, 0, 1},
+        {"UseBarco", Flag, 0, 1},        {"UseWhiteWay", Flag, 0, 1},      {"UseFile", Flag, 0, 1},
+        {"UseXML", Flag, 0, 1},          {"UseXpression", Flag, 0, 1},     {"NCAAMode", Flag, 0, 1},
+        {"OutputFileName", Text, 0, 0},  {"STXETX", Flag, 0, 1}};
+    QString name = o.name.compare(QLatin1String("ComPort"), Qt::CaseInsensitive) == 0 ? QStringLiteral("COMPort")
+                                                                                       : o.name;
+    const Rule *rule = nullptr;
+    for (const Rule &r : rules) {
+        if (name.compare(QLatin1String(r.name), Qt::CaseInsensitive) == 0)
+            rule = &r;
+    }
+    const QString said = o.section + QLatin1Char('/') + o.name + QLatin1Char('=') + o.value;
+    if (!rule)
+        return quoted(o.section + QLatin1Char('/') + o.name) + QStringLiteral(" is not a setting of Kestra");
+    const QString value = o.value.trimmed();
+    switch (rule->kind) {
+    case Text:
+        return QString();
+    case Number:
+    case Port: {
+        bool ok = false;
+        const int n = value.toInt(&ok);
+        if (!ok || n < rule->low || n > rule->high)
+            return said + QStringLiteral(": a whole number from %1 to %2").arg(rule->low).arg(rule->high);
+        o.value = QString::number(n);
+        return QString();
+    }
+    case Flag: {
+        static const QStringList yes = {QStringLiteral("1"), QStringLiteral("true"), QStringLiteral("yes"),
+                                        QStringLiteral("on")};
+        static const QStringList no = {QStringLiteral("0"), QStringLiteral("false"), QStringLiteral("no"),
+                                       QStringLiteral("off")};
+        if (yes.contains(value.toLower()))
+            o.value = QStringLiteral("1");
+        else if (no.contains(value.toLower()))
+            o.value = QStringLiteral("0");
+        else
+            return said + QStringLiteral(": 1 or 0");
+        return QString();
+    }
+    case Address: {
+        const QStringList parts = value.split(QLatin1Char('.'));
+        bool good = parts.size() == 4;
+        for (const QString &part : parts) {
+            bool ok = false;
+            const int n = part.toInt(&ok);
+            good = good && ok && part.size() <= 3 && n >= 0 && n <= 255;
+        }
+        if (!good)
+            return said + QStringLiteral(": an IPv4 address such as 127.0.0.1");
+        o.value = value;
+        return QString();
+    }
+    case Interface: {
+        static const QStringList names = {QStringLiteral("COM1"), QStringLiteral("COM2"), QStringLiteral("COM3"),
+                                          QStringLiteral("COM4"), QStringLiteral("UDP")};
+        if (names.contains(value.toUpper()))
+            o.value = value.toUpper();
+        else if (value.startsWith(QLatin1String("/dev/")) && value.size() > 5)
+            o.value = value;
+        else
+            return said + QStringLiteral(": COM1 to COM4, UDP, or a device such as /dev/ttyUSB0");
+        return QString();
+    }
+    }
+    return QString();
+}
+
 // Reads the options one by one; every failure is a message for the operator.
 class Parser {
 public:
@@ -139,6 +226,8 @@ private:
             return fail(QStringLiteral("--set: ") + quoted(path.left(slash)) + QStringLiteral(" is not a section name"));
         if (!SettingsDocument::isValidName(o.name))
             return fail(QStringLiteral("--set: ") + quoted(o.name) + QStringLiteral(" is not a value name"));
+        if (const QString problem = checkSetting(o); !problem.isEmpty())
+            return fail(QStringLiteral("--set: ") + problem);
         // A later --set of the same value wins, as it would on the key.
         std::erase_if(m_options.overrides, [&o](const SettingOverride &old) {
             return SettingsDocument::normalizeSection(old.section).compare(SettingsDocument::normalizeSection(o.section),
@@ -312,8 +401,9 @@ Output:
   --target NAME          daktronics, barco, whiteway, file, xml or xpression;
                          the stored choice when absent
   --set Section/Name=Value
-                         overrides a value of Kestra's settings for this run
-                         only, never stored; repeatable. For example:
+                         overrides a value of Kestra's settings (section
+                         Options) for this run only, never stored; names and
+                         ranges are checked; repeatable. For example:
                          --set Options/COMPort=UDP --set Options/UDPPort=40001
                          --set Options/IPAddr=127.0.0.1 --set Options/Interval=0
 

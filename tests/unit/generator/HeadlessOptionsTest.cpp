@@ -109,14 +109,20 @@ INSTANTIATE_TEST_SUITE_P(
         GoodLine{"every target by name, any case",
                  args({"--target", "XPRESSION"}),
                  [](const HeadlessOptions &o) { EXPECT_EQ(o.target, OutputTarget::Xpression); }},
-        GoodLine{"a later --set of the same value wins; nested sections become key paths",
-                 args({"--set", "Options/Interval=5", "--set", "options/interval=9", "--set",
-                       "Servers/Server1/Name=A=B", "--set", "Options/MySQLPass="}),
+        GoodLine{"a later --set of the same value wins; values are put in the stored form",
+                 args({"--set", "Options/Interval=5", "--set", "options/interval= 9", "--set",
+                       "Options/MySQLPass=a=b", "--set", "Options/OutputFileName=", "--set", "Options/UseBarco=yes",
+                       "--set", "Options/STXETX=off", "--set", "Options/ComPort=udp", "--set",
+                       "Options/COMPort=/dev/ttyUSB0", "--set", "Options/IPAddr=255.255.255.255"}),
                  [](const HeadlessOptions &o) {
-                     ASSERT_EQ(o.overrides.size(), 3u);
+                     ASSERT_EQ(o.overrides.size(), 7u);
                      EXPECT_EQ(o.overrides[0], (SettingOverride{"options", "interval", "9"}));
-                     EXPECT_EQ(o.overrides[1], (SettingOverride{"Servers\\Server1", "Name", "A=B"}));
-                     EXPECT_EQ(o.overrides[2], (SettingOverride{"Options", "MySQLPass", ""}));
+                     EXPECT_EQ(o.overrides[1], (SettingOverride{"Options", "MySQLPass", "a=b"}));
+                     EXPECT_EQ(o.overrides[2], (SettingOverride{"Options", "OutputFileName", ""}));
+                     EXPECT_EQ(o.overrides[3], (SettingOverride{"Options", "UseBarco", "1"}));
+                     EXPECT_EQ(o.overrides[4], (SettingOverride{"Options", "STXETX", "0"}));
+                     EXPECT_EQ(o.overrides[5], (SettingOverride{"Options", "COMPort", "/dev/ttyUSB0"}));
+                     EXPECT_EQ(o.overrides[6], (SettingOverride{"Options", "IPAddr", "255.255.255.255"}));
                  }},
         GoodLine{"--help wins over anything else on the line", args({"--bogus", "--help", "--meet", "x"}),
                  [](const HeadlessOptions &o) { EXPECT_TRUE(o.help); }}),
@@ -174,6 +180,22 @@ INSTANTIATE_TEST_SUITE_P(
         BadLine{args({"--set", "Options/=0"}), "--set: \"Options/=0\" is not Section/Name=Value"},
         BadLine{args({"--set", "/Interval=0"}), "--set: \"/Interval=0\" is not Section/Name=Value"},
         BadLine{args({"--set", "Options/ Interval=0"}), "--set: \" Interval\" is not a value name"},
+        BadLine{args({"--set", "Servers/Server1/Name=A"}),
+                "--set: only section Options holds Kestra's settings, not \"Servers\\Server1\""},
+        BadLine{args({"--set", "Options/Intervall=0"}), "--set: \"Options/Intervall\" is not a setting of Kestra"},
+        BadLine{args({"--set", "Options/Interval=abc"}), "--set: Options/Interval=abc: a whole number from 0 to 99"},
+        BadLine{args({"--set", "Options/Interval=100"}), "--set: Options/Interval=100: a whole number from 0 to 99"},
+        BadLine{args({"--set", "Options/CycleRate=0"}), "--set: Options/CycleRate=0: a whole number from 1 to 99"},
+        BadLine{args({"--set", "Options/NameFormat=4"}), "--set: Options/NameFormat=4: a whole number from 0 to 3"},
+        BadLine{args({"--set", "Options/UDPPort=70000"}),
+                "--set: Options/UDPPort=70000: a whole number from 0 to 65535"},
+        BadLine{args({"--set", "Options/IPAddr=1.2.3"}),
+                "--set: Options/IPAddr=1.2.3: an IPv4 address such as 127.0.0.1"},
+        BadLine{args({"--set", "Options/IPAddr=1.2.3.256"}),
+                "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1"},
+        BadLine{args({"--set", "Options/UseBarco=maybe"}), "--set: Options/UseBarco=maybe: 1 or 0"},
+        BadLine{args({"--set", "Options/COMPort=COM9"}),
+                "--set: Options/COMPort=COM9: COM1 to COM4, UDP, or a device such as /dev/ttyUSB0"},
         BadLine{args({"--sessions2", "1"}), "--group2, --sessions2 and --events2 need --dual"},
         BadLine{args({"--events2", "1"}), "--group2, --sessions2 and --events2 need --dual"}),
     [](const testing::TestParamInfo<BadLine> &info) { return "line" + std::to_string(info.index); });
