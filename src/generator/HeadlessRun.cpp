@@ -81,8 +81,10 @@ HeadlessRun::Outcome HeadlessRun::begin()
         return Outcome::Refused;
 
     if (!m_main.start()) {
-        // Start told the operator why (a log line); this is the summary.
+        // Start has told the operator why (a log line); the summary says it again.
         m_lastError = QStringLiteral("Start refused the picks");
+        if (!m_main.lastError().isEmpty())
+            m_lastError += QStringLiteral(": ") + m_main.lastError();
         return Outcome::Refused;
     }
     return Outcome::Running;

@@ -135,8 +135,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{{S("--group"), S("77")}, "--group 77: There is no event group with EventID 77."},
                     // Dual display with the same sessions of the same group: Start refuses.
                     Refusal{{S("--dual"), S("--sessions"), S("1"), S("--sessions2"), S("1")},
-                            "Start refused the picks"},
-                    Refusal{{S("--ncaa")}, "Start refused the picks"}),
+                            "Start refused the picks: The sessions must be different in a dual session using the "
+                            "same events"},
+                    Refusal{{S("--ncaa")}, "Start refused the picks: A session number must be entered for NCAA Mode"}),
     [](const testing::TestParamInfo<Refusal> &info) { return "case" + std::to_string(info.index); });
 
 } // namespace
