@@ -10,44 +10,16 @@
 #include "support/StopSignals.h"
 #include "support/TickSource.h"
 #include "ui/MessageBoxPrompt.h"
+#include "ui/MainWindowHooks.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmRegisteredServers.h"
-#include "ui/frmSetupUnits.h"
 
 #include "kestra/Version.h"
 
 #include <QApplication>
-#include <QFileDialog>
-#include <QMessageBox>
 #include <QPointer>
 
 using namespace kestra;
-
-namespace {
-
-// "Text Files|*.TXT" as a file dialog filter: "Text Files (*.TXT)".
-QString dialogFilter(const QString &filter)
-{
-    const QStringList parts = filter.split(QLatin1Char('|'));
-    if (parts.size() != 2)
-        return filter;
-    return parts.at(0) + QStringLiteral(" (") + parts.at(1) + QLatin1Char(')');
-}
-
-QString selectFile(const KestraMain::FileRequest &request, QWidget *owner)
-{
-    QFileDialog dialog(owner);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(request.defaultSuffix);
-    dialog.setNameFilter(dialogFilter(request.filter));
-    if (!request.current.isEmpty())
-        dialog.selectFile(request.current);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return QString();
-    return dialog.selectedFiles().first();
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
@@ -91,21 +63,7 @@ int main(int argc, char **argv)
     QObject::connect(&main, &KestraMain::quitRequested, &app, &QApplication::quit, Qt::QueuedConnection);
     mainWindow.setCloseHandler([&main] { main.close(); });
 
-    KestraMain::Hooks &hooks = main.hooks();
-    hooks.showSetup = [&main, &transport, &mainWindow] {
-        frmSetupUnits::execute(main.workingSettings(), main.kestraKey(), [&transport] { transport.ClosePort(); },
-                               &mainWindow);
-    };
-    hooks.selectFile = [&mainWindow](const KestraMain::FileRequest &request) {
-        return selectFile(request, &mainWindow);
-    };
-    hooks.showOutputStatus = [&mainWindow] { mainWindow.showOutputStatus(); };
-    hooks.showAbout = [&mainWindow, &main] {
-        QMessageBox::about(&mainWindow, QStringLiteral("About Kestra"),
-                           main.title() + QStringLiteral("\n\nVersion ") +
-                               QString::fromLatin1(version::productVersion) + QStringLiteral("\n") +
-                               QString::fromLatin1(version::legalCopyright));
-    };
+    attachWindowHooks(main, mainWindow);
 
     main.show();
     mainWindow.show();

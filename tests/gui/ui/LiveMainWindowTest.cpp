@@ -10,7 +10,11 @@
 #include "setup/SettingsStore.h"
 #include "support/LogicalControl.h"
 #include "support/TickSource.h"
+#include "ui/MainWindowHooks.h"
 #include "ui/frmKestraMain.h"
+#include "ui/frmSetupUnits.h"
+
+#include "kestra/Version.h"
 #include "ui/frmOutputStatus.h"
 
 #include "support/TestSupport.h"
@@ -21,6 +25,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QSpinBox>
+#include <QTimer>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -28,6 +36,8 @@
 #include <QRadioButton>
 
 #include <cstdlib>
+#include <functional>
+#include <ostream>
 #include <memory>
 
 using namespace kestra;
@@ -67,7 +77,7 @@ protected:
         main->listeners().setPorts(0, 0);
         ASSERT_TRUE(main->create());
         window = std::make_unique<frmKestraMain>(main->controls(), record);
-        main->hooks().showOutputStatus = [this] { window->showOutputStatus(); };
+        attachWindowHooks(*main, *window);
         window->setCloseHandler([this] { main->close(); });
         main->show();
         window->show();
@@ -206,5 +216,90 @@ TEST_F(LiveMainWindowTest, theOutputStatusButtonShowsTheBlock)
     get<QPushButton>("Button1")->click();
     EXPECT_EQ(window->findChildren<frmOutputStatus *>().size(), 1);
 }
+
+// Runs `answer` on the next modal window, from inside its own loop.
+template <typename T> void answerNext(std::function<void(T &)> answer)
+{
+    QTimer::singleShot(0, [answer] {
+        auto *modal = qobject_cast<T *>(QApplication::activeModalWidget());
+        ASSERT_NE(modal, nullptr) << "no modal " << T::staticMetaObject.className();
+        answer(*modal);
+    });
+}
+
+TEST_F(LiveMainWindowTest, theFileTargetsSaveDialogSetsTheOutputFile)
+{
+    get<QRadioButton>("rdoFile")->click();
+    const QString chosen = dir.file(S("scores"));
+    answerNext<QFileDialog>([&chosen](QFileDialog &dialog) {
+        EXPECT_EQ(dialog.defaultSuffix(), S("txt"));
+        EXPECT_EQ(dialog.nameFilters(), QStringList({S("Text Files (*.TXT *.txt)")}));
+        dialog.selectFile(chosen);
+        static_cast<QDialog &>(dialog).accept();
+    });
+    get<QPushButton>("btnSelectFile")->click();
+    EXPECT_EQ(main->settings().OutputFileName, chosen + S(".txt"));
+    EXPECT_EQ(get<QLabel>("lblFileName")->text(), chosen + S(".txt"));
+
+    // Cancel keeps the file; the dialog opens on it.
+    get<QRadioButton>("rdoXML")->click();
+    answerNext<QFileDialog>([&chosen](QFileDialog &dialog) {
+        EXPECT_EQ(dialog.defaultSuffix(), S("xml"));
+        EXPECT_EQ(dialog.selectedFiles().value(0), chosen + S(".txt"));
+        dialog.reject();
+    });
+    get<QPushButton>("btnSelectFile")->click();
+    EXPECT_EQ(main->settings().OutputFileName, chosen + S(".txt"));
+}
+
+TEST_F(LiveMainWindowTest, theSetupWindowOpensOverTheMainWindowAndItsValuesAreReadBack)
+{
+    EXPECT_EQ(main->settings().Interval, 60);
+    answerNext<frmSetupUnits>([this](frmSetupUnits &setup) {
+        EXPECT_EQ(setup.parentWidget(), window.get());
+        setup.findChild<QSpinBox *>(S("EditRefreshMin"))->setValue(7);
+        setup.findChild<QPushButton *>(S("btnClose"))->click();
+    });
+    get<QPushButton>("dxbtnSetupUnits")->click();
+    EXPECT_EQ(main->settings().Interval, 7);
+    EXPECT_EQ(main->kestraKey().ReadInteger(S("Options"), S("Interval"), -1), 7);
+}
+
+TEST_F(LiveMainWindowTest, theAboutBoxNamesTheVersion)
+{
+    QString text;
+    answerNext<QMessageBox>([&text](QMessageBox &box) {
+        text = box.text();
+        box.accept();
+    });
+    get<QPushButton>("dxbtnAbout")->click();
+    EXPECT_TRUE(text.contains(S("Version ") + QString::fromLatin1(version::productVersion))) << text.toStdString();
+    EXPECT_TRUE(text.startsWith(main->title()));
+}
+
+struct FilterCase {
+    const char *given;
+    const char *shown;
+};
+
+void PrintTo(const FilterCase &c, std::ostream *os)
+{
+    *os << '"' << c.given << '"';
+}
+
+class FileDialogFilters : public testing::TestWithParam<FilterCase> {};
+
+TEST_P(FileDialogFilters, patternsInBothCases)
+{
+    EXPECT_EQ(fileDialogFilter(S(GetParam().given)), S(GetParam().shown));
+}
+
+INSTANTIATE_TEST_SUITE_P(LiveMainWindowTest, FileDialogFilters,
+                         testing::Values(FilterCase{"Text Files|*.TXT", "Text Files (*.TXT *.txt)"},
+                                         FilterCase{"XML Files|*.XML", "XML Files (*.XML *.xml)"},
+                                         FilterCase{"All Files|*.*", "All Files (*.*)"},
+                                         FilterCase{"Logs|*.LOG;*.txt", "Logs (*.LOG *.log *.txt)"},
+                                         FilterCase{"", ""}, FilterCase{"no bar", ""},
+                                         FilterCase{"Empty|", ""}));
 
 } // namespace

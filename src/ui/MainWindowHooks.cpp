@@ -1,0 +1,69 @@
+#include "ui/MainWindowHooks.h"
+
+#include "outputs/DeviceTransport.h"
+#include "ui/frmKestraMain.h"
+#include "ui/frmSetupUnits.h"
+
+#include "kestra/Version.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+
+namespace kestra {
+
+QString fileDialogFilter(const QString &filter)
+{
+    const QStringList parts = filter.split(QLatin1Char('|'));
+    if (parts.size() != 2 || parts.at(1).trimmed().isEmpty())
+        return QString();
+    QStringList patterns;
+    for (const QString &pattern : parts.at(1).split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QString p = pattern.trimmed();
+        patterns << p;
+        if (p.toLower() != p)
+            patterns << p.toLower();
+    }
+    return parts.at(0).trimmed() + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
+}
+
+QString askSaveFile(const KestraMain::FileRequest &request, QWidget *owner)
+{
+    QFileDialog dialog(owner, QStringLiteral("Select File"));
+    dialog.setObjectName(QStringLiteral("dlgSelectFile"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(request.defaultSuffix);
+    if (const QString filter = fileDialogFilter(request.filter); !filter.isEmpty())
+        dialog.setNameFilter(filter);
+    if (!request.current.isEmpty())
+        dialog.selectFile(request.current);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return QString();
+    return dialog.selectedFiles().first();
+}
+
+QString aboutText(const QString &title)
+{
+    return title + QStringLiteral("\n\nVersion ") + QString::fromLatin1(version::productVersion) +
+           QLatin1Char('\n') + QString::fromLatin1(version::legalCopyright);
+}
+
+void attachWindowHooks(KestraMain &main, frmKestraMain &window)
+{
+    KestraMain::Hooks &hooks = main.hooks();
+    hooks.showSetup = [&main, &window] {
+        DeviceTransport &transport = main.transport();
+        frmSetupUnits::execute(main.workingSettings(), main.kestraKey(), [&transport] { transport.ClosePort(); },
+                               &window);
+    };
+    hooks.selectFile = [&window](const KestraMain::FileRequest &request) { return askSaveFile(request, &window); };
+    hooks.showOutputStatus = [&window] { window.showOutputStatus(); };
+    hooks.showAbout = [&main, &window] {
+        QMessageBox box(QMessageBox::Information, QStringLiteral("About Kestra"), aboutText(main.title()),
+                        QMessageBox::Ok, &window);
+        box.setObjectName(QStringLiteral("frmAbout"));
+        box.exec();
+    };
+}
+
+} // namespace kestra
