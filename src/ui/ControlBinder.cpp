@@ -45,21 +45,29 @@ QStringList keysOf(const LogicalControl &control)
     return control.property(QStringLiteral("keys")).toStringList();
 }
 
+// Session boxes list their keys with a description each: the list shows
+// both ("2 - Levels 6-8"), the box's text stays the key.
+QStringList shownItems(const LogicalControl &control)
+{
+    const QStringList descriptions = control.property(QStringLiteral("descriptions")).toStringList();
+    QStringList shown = control.items();
+    for (int i = 0; i < shown.size(); ++i) {
+        const QString description = descriptions.value(i).trimmed();
+        if (!description.isEmpty())
+            shown[i] += QStringLiteral(" - ") + description;
+    }
+    return shown;
+}
+
 void syncItems(QComboBox *box, const LogicalControl &control)
 {
+    const QStringList wanted = shownItems(control);
     QStringList shown;
     for (int i = 0; i < box->count(); ++i)
         shown.append(box->itemText(i));
-    if (shown != control.items()) {
+    if (shown != wanted) {
         box->clear();
-        box->addItems(control.items());
-    }
-    // Session boxes list their keys; each key's description comes as a hint.
-    const QStringList descriptions = control.property(QStringLiteral("descriptions")).toStringList();
-    for (int i = 0; i < box->count(); ++i) {
-        const QString description = descriptions.value(i);
-        if (box->itemData(i, Qt::ToolTipRole).toString() != description)
-            box->setItemData(i, description, Qt::ToolTipRole);
+        box->addItems(wanted);
     }
     if (box->currentIndex() != control.currentIndex())
         box->setCurrentIndex(control.currentIndex());
@@ -220,7 +228,7 @@ QComboBox *combo(LogicalControl &control, QWidget *parent)
     QObject::connect(&control, &LogicalControl::changed, widget, sync);
     QObject::connect(widget, &QComboBox::activated, &control, [widget, &control](int index) {
         const QStringList keys = keysOf(control);
-        const QString key = index >= 0 && index < keys.size() ? keys.at(index) : widget->itemText(index);
+        const QString key = index >= 0 && index < keys.size() ? keys.at(index) : control.items().value(index);
         control.setCurrentIndex(index);
         control.operatorSetText(key);
         const QSignalBlocker quiet(widget);

@@ -45,8 +45,9 @@ QCheckBox *check(LogicalControl &control, QWidget *parent);
 QRadioButton *radio(LogicalControl &control, QWidget *parent);
 QLineEdit *edit(LogicalControl &control, QWidget *parent);
 // An editable list: picking an item makes the control's text that item's key
-// (property "keys", one a item; the item's text without one), typing sets
-// the text. Both run the handler.
+// (property "keys", one an item; the item itself without one), typing sets
+// the text. Both run the handler. Items with a description (property
+// "descriptions") are listed as "item - description".
 QComboBox *combo(LogicalControl &control, QWidget *parent);
 // A list of a table's rows: picking runs operatorSelect with the row.
 QComboBox *lookup(LogicalControl &control, QWidget *parent);

@@ -262,13 +262,12 @@ TEST(ControlBinderTest, listsPickAsTheOperator)
     EXPECT_EQ(meetChanges, 1);
 
     LogicalControl &session = c.add(S("cboSession1"));
-    session.setItems({S("1  Morning"), S("2  Evening")});
-    session.setProperty(S("keys"), QStringList({S("1"), S("2")}));
+    session.setItems({S("1"), S("2")});
     session.setProperty(S("descriptions"), QStringList({S("Morning"), S("Evening")}));
     QStringList texts;
     session.setClickHandler([&] { texts << session.text(); });
     auto *sessionBox = ControlBinder::combo(session, &window);
-    EXPECT_EQ(sessionBox->itemData(1, Qt::ToolTipRole).toString(), S("Evening"));
+    EXPECT_EQ(sessionBox->itemText(1), S("2 - Evening"));
     sessionBox->setCurrentIndex(1);
     emit sessionBox->activated(1);
     EXPECT_EQ(session.text(), S("2"));
@@ -279,6 +278,14 @@ TEST(ControlBinderTest, listsPickAsTheOperator)
     press(sessionBox->lineEdit(), Qt::Key_Backspace);
     EXPECT_EQ(session.text(), QString());
     EXPECT_EQ(texts, QStringList({S("2"), QString()}));
+
+    // Keys of their own win over the items.
+    LogicalControl &keyed = c.add(S("cboKeyed"));
+    keyed.setItems({S("Morning"), S("Evening")});
+    keyed.setProperty(S("keys"), QStringList({S("M"), S("E")}));
+    auto *keyedBox = ControlBinder::combo(keyed, &window);
+    emit keyedBox->activated(1);
+    EXPECT_EQ(keyed.text(), S("E"));
 
     // Without keys the item's text is the value.
     LogicalControl &plain = c.add(S("cboPlain"));

@@ -154,12 +154,16 @@ TEST_F(LiveMainWindowTest, operatorPicksInTheWidgetsReachTheLogic)
     EXPECT_TRUE(get<QComboBox>("cboSession2")->isEnabled());
     EXPECT_EQ(get<QLabel>("lblMust1")->text(), S("(Required)"));
 
-    // A session picked from the list is the box's text.
+    // A session picked from the list, shown with its description, is the
+    // box's text.
     auto *session = get<QComboBox>("cboSession1");
     ASSERT_GT(session->count(), 0);
-    const QString first = session->itemText(0);
-    pick(session, first);
-    EXPECT_EQ(main->controls()(S("cboSession1")).text(), first);
+    ASSERT_FALSE(main->memSessions().isEmpty());
+    const KestraMain::SessionRow &first = main->memSessions().first();
+    EXPECT_EQ(session->itemText(0), first.Session + S(" - ") + first.Desc);
+    pick(session, session->itemText(0));
+    EXPECT_EQ(main->controls()(S("cboSession1")).text(), first.Session);
+    EXPECT_EQ(session->currentText(), first.Session);
 
     // The target buttons are one group.
     get<QRadioButton>("rdoFile")->click();
