@@ -131,11 +131,11 @@ QGroupBox *frmKestraMain::buildColumn(int column)
     if (QWidget *optional = place(column == 1 ? S("Label11") : S("lblOptional"), box))
         picks->addWidget(optional, row, 2, 1, 2, Qt::AlignHCenter);
     ++row;
-    int place_ = 1;
+    int slot = 1;
     for (const char *suffix : {"x", "y", "z"}) {
         if (QWidget *more = place(S("cboSession") + c + S(suffix), box))
-            picks->addWidget(more, row, place_);
-        ++place_;
+            picks->addWidget(more, row, slot);
+        ++slot;
     }
     outer->addLayout(picks);
 
@@ -163,8 +163,8 @@ QGroupBox *frmKestraMain::buildColumn(int column)
             grid->addWidget(title, event, 0);
         int col = 1;
         for (const char *stem : {"chkEvent", "chkPause"}) {
-            if (QWidget *box_ = place(eventName(stem, event, column), status))
-                grid->addWidget(box_, event, col, Qt::AlignCenter);
+            if (QWidget *tick = place(eventName(stem, event, column), status))
+                grid->addWidget(tick, event, col, Qt::AlignCenter);
             ++col;
         }
         for (const char *stem : {"EditNum", "EditScore", "EditWait"}) {
