@@ -97,10 +97,10 @@ QString checkSetting(SettingOverride &o)
                                           QStringLiteral("COM4"), QStringLiteral("UDP")};
         if (names.contains(value.toUpper()))
             o.value = value.toUpper();
-        else if (value.startsWith(QLatin1String("/dev/")) && value.size() > 5)
-            o.value = value;
+        else if (value.startsWith(QLatin1Char('/')) && value.size() > 1)
+            o.value = value; // a serial device or a link to one
         else
-            return said + QStringLiteral(": COM1 to COM4, UDP, or a device such as /dev/ttyUSB0");
+            return said + QStringLiteral(": COM1 to COM4, UDP, or the path of a serial device such as /dev/ttyUSB0");
         return QString();
     }
     }

@@ -19,6 +19,7 @@
 #include <QNetworkDatagram>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QSerialPort>
 #include <QUdpSocket>
 
 #include <algorithm>
@@ -220,6 +221,45 @@ TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
     EXPECT_EQ(run.finish(), 0) << run.errors().toStdString();
     EXPECT_TRUE(run.errors().contains(S("stopping"))) << run.errors().toStdString();
     EXPECT_TRUE(queueDone().isEmpty());
+}
+
+TEST_F(HeadlessProcessTest, overASerialLineTheBoardGetsTheSameScores)
+{
+    PtyPair cable;
+    QSerialPort board;
+    board.setPortName(cable.deviceB());
+    board.setBaudRate(QSerialPort::Baud19200);
+    ASSERT_TRUE(board.open(QIODevice::ReadOnly)) << board.errorString().toStdString();
+    DevStore::ScoreFeed feeder(*store, DevStore::FeedOptions());
+    const std::vector<DevStore::FeedScore> fed = feed(feeder, 4);
+
+    Headless run(home, {S("--store"), meet.path(), S("--target"), S("daktronics"), S("--set"),
+                        S("Options/COMPort=") + cable.deviceA(), S("--set"), S("Options/Interval=0")});
+    DaktronicsDecoder decoder;
+    BoardMirror mirror;
+    QStringList rejected;
+    std::map<int, QString> shownNum;
+    auto read = [&] {
+        board.waitForReadyRead(10);
+        const DecodeResult r = decoder.feed(board.readAll());
+        rejected += r.errors;
+        for (const BoardFrame &frame : r.frames) {
+            mirror.apply(frame);
+            for (int slot = 1; slot <= 4; ++slot)
+                shownNum[slot] = mirror.record().text(layout::eventNum(slot)).trimmed();
+        }
+    };
+    auto allShown = [&] {
+        for (const DevStore::FeedScore &f : fed) {
+            if (shownNum[f.event] != QString::number(f.num))
+                return false;
+        }
+        return true;
+    };
+    EXPECT_TRUE(waitUntil([&] { read(); return allShown(); }, std::chrono::seconds(30))) << run.errors().toStdString();
+    EXPECT_EQ(run.terminate(), 0) << run.errors().toStdString();
+    EXPECT_TRUE(rejected.isEmpty()) << rejected.join(S("\n")).toStdString();
+    EXPECT_FALSE(run.errors().contains(S("error"))) << run.errors().toStdString();
 }
 
 TEST(HeadlessLostServerTest, aServerThatGoesAwayEndsTheRunWithAFailure)

@@ -195,7 +195,11 @@ INSTANTIATE_TEST_SUITE_P(
                 "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1"},
         BadLine{args({"--set", "Options/UseBarco=maybe"}), "--set: Options/UseBarco=maybe: 1 or 0"},
         BadLine{args({"--set", "Options/COMPort=COM9"}),
-                "--set: Options/COMPort=COM9: COM1 to COM4, UDP, or a device such as /dev/ttyUSB0"},
+                "--set: Options/COMPort=COM9: COM1 to COM4, UDP, or the path of a serial device such as "
+                "/dev/ttyUSB0"},
+        BadLine{args({"--set", "Options/COMPort=ttyUSB0"}),
+                "--set: Options/COMPort=ttyUSB0: COM1 to COM4, UDP, or the path of a serial device such as "
+                "/dev/ttyUSB0"},
         BadLine{args({"--sessions2", "1"}), "--group2, --sessions2 and --events2 need --dual"},
         BadLine{args({"--events2", "1"}), "--group2, --sessions2 and --events2 need --dual"}),
     [](const testing::TestParamInfo<BadLine> &info) { return "line" + std::to_string(info.index); });
