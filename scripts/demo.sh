@@ -32,13 +32,19 @@ say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 say "Installing what is missing (scripts/setup.sh)"
 scripts/setup.sh
 
-say "Building into $build (Release)"
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRA_SANITIZE=OFF \
-      -DKESTRA_WARNINGS_FATAL=OFF -DKESTRA_BUILD_BENCH=OFF -DBUILD_TESTING=OFF >/dev/null
-# A file added since the last build is not always seen by the moc step of an
-# existing build folder; forgetting its stamps makes every target rescan.
-find "$build" -path '*_autogen/timestamp' -delete 2>/dev/null || true
-cmake --build "$build" --target kestra-headless kestra-devstore kestra-board
+say "Building into $build (Release; a few minutes the first time, log in $build/build.log)"
+mkdir -p "$build"
+if ! { cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRA_SANITIZE=OFF \
+         -DKESTRA_WARNINGS_FATAL=OFF -DKESTRA_BUILD_BENCH=OFF -DBUILD_TESTING=OFF &&
+       # A file added since the last build is not always seen by the moc step
+       # of an existing build folder; forgetting its stamps makes every target
+       # rescan.
+       { find "$build" -path '*_autogen/timestamp' -delete 2>/dev/null || true; } &&
+       cmake --build "$build" --target kestra-headless kestra-devstore kestra-board; } >"$build/build.log" 2>&1; then
+  tail -n 40 "$build/build.log" >&2
+  echo "demo: the build failed; the whole log is $build/build.log" >&2
+  exit 1
+fi
 
 devstore=$top/$build/tools/kestra-devstore
 board=$top/$build/tools/kestra-board
