@@ -63,9 +63,10 @@ stopping=0
 stop_all() {
   [ "$stopping" = 1 ] && return
   stopping=1
-  trap - INT TERM
-  echo
-  say "Stopping"
+  trap - INT TERM HUP PIPE
+  # The terminal may be gone (a closed window, a broken pipe): the children
+  # are stopped whether or not this can still be said.
+  { echo; say "Stopping"; } 2>/dev/null || true
   local pid
   for pid in "${pids[@]}"; do
     kill -TERM "$pid" 2>/dev/null || true
@@ -80,7 +81,7 @@ stop_all() {
     wait "$pid" 2>/dev/null || true
   done
 }
-trap 'stop_all; exit 0' INT TERM
+trap 'stop_all; exit 0' INT TERM HUP PIPE
 trap stop_all EXIT
 
 say "Virtual board listening on UDP 127.0.0.1:$port"
