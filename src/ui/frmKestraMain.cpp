@@ -42,6 +42,14 @@ bool isDrawnElsewhere(const LogicalControl &control)
 
 } // namespace
 
+// A title the logic gives a control ("caption", "heading"), or the window's own.
+QString frmKestraMain::hintOf(const QString &name, const char *property, const QString &fallback) const
+{
+    const LogicalControl *control = m_controls.find(name);
+    const QString text = control ? control->property(S(property)).toString() : QString();
+    return text.isEmpty() ? fallback : text;
+}
+
 frmKestraMain::frmKestraMain(ControlSet &controls, const DisplayRecord &record, QWidget *parent)
     : QMainWindow(parent), m_controls(controls), m_status(std::make_unique<OutputStatus>(record))
 {
@@ -96,7 +104,7 @@ QWidget *frmKestraMain::placeLabel(const QString &name, const QString &fallback,
 
 QWidget *frmKestraMain::buildSelection()
 {
-    auto *box = new QGroupBox(S("Select a Meet"));
+    auto *box = new QGroupBox(hintOf(S("dblcboMeets"), "caption", S("Select a Meet")));
     box->setObjectName(S("grpSelectMeet"));
     auto *row = new QHBoxLayout(box);
     if (QWidget *meets = place(S("dblcboMeets"), box)) {
@@ -152,9 +160,11 @@ QGroupBox *frmKestraMain::buildColumn(int column)
         status->setObjectName(statusName);
     }
     auto *grid = new QGridLayout(status);
-    const char *headings[] = {"Event", "Display", "Pause", "Num", "Score", "Waiting"};
+    const char *headings[][2] = {{"lblEvent", "Event"}, {"chkEvent", "Display"}, {"chkPause", "Pause"},
+                                 {"EditNum", "Num"},    {"EditScore", "Score"}, {"EditWait", "Waiting"}};
     for (int h = 0; h < 6; ++h) {
-        auto *heading = new QLabel(S(headings[h]), status);
+        const QString text = hintOf(eventName(headings[h][0], 1, column), "heading", S(headings[h][1]));
+        auto *heading = new QLabel(text, status);
         heading->setAlignment(Qt::AlignCenter);
         grid->addWidget(heading, 0, h);
     }
@@ -190,7 +200,7 @@ QWidget *frmKestraMain::buildRunPanel()
     panel->setObjectName(S("pnlRun"));
     auto *column = new QVBoxLayout(panel);
 
-    column->addWidget(new QLabel(S("Kestra is:"), panel));
+    column->addWidget(new QLabel(hintOf(S("grpStatus"), "caption", S("Kestra is:")), panel));
     if (QWidget *state = place(S("grpStatus"), panel))
         column->addWidget(state);
     auto *run = new QHBoxLayout;
@@ -208,7 +218,7 @@ QWidget *frmKestraMain::buildRunPanel()
     if (QWidget *rotation = place(S("rgrpRotation"), panel))
         column->addWidget(rotation);
 
-    auto *target = new QGroupBox(S("Jumbotron Type"), panel);
+    auto *target = new QGroupBox(hintOf(S("rdoDaktronics"), "caption", S("Jumbotron Type")), panel);
     target->setObjectName(S("grpJumbotronType"));
     auto *targets = new QGridLayout(target);
     int index = 0;

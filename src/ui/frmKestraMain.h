@@ -63,6 +63,7 @@ private:
     void buildMenus();
     void addCommand(QMenu *menu, const QString &name, const QString &caption);
     void placeTheRest(QWidget *parent, QGridLayout *grid);
+    QString hintOf(const QString &name, const char *property, const QString &fallback) const;
 
     ControlSet &m_controls;
     std::unique_ptr<OutputStatus> m_status;

@@ -307,6 +307,27 @@ TEST_F(MainWindowTest, closingRunsTheLogicsCloseOnce)
     EXPECT_FALSE(window->findChild<frmOutputStatus *>()->isVisible());
 }
 
+TEST(MainWindowExtraTest, titlesComeFromTheLogicsHints)
+{
+    ControlSet controls;
+    add(controls, S("dblcboMeets"), "lookup").setProperty(S("caption"), S("Pick a Meet"));
+    add(controls, S("grpStatus"), "status").setProperty(S("caption"), S("Generator is:"));
+    add(controls, S("EditWait11"), "edit").setProperty(S("heading"), S("Queued"));
+    DisplayRecord record;
+    frmKestraMain window(controls, record);
+    EXPECT_EQ(window.findChild<QGroupBox *>(S("grpSelectMeet"))->title(), S("Pick a Meet"));
+    QStringList labels;
+    for (const QLabel *label : window.findChildren<QLabel *>())
+        labels << label->text();
+    EXPECT_TRUE(labels.contains(S("Generator is:")));
+    // Column 1 has the hint; column 2 has no such control and keeps its word.
+    EXPECT_EQ(labels.count(S("Queued")), 1);
+    EXPECT_EQ(labels.count(S("Waiting")), 1);
+    // Without hints the window's own words stand.
+    EXPECT_TRUE(labels.contains(S("Display")));
+    EXPECT_EQ(window.findChild<QGroupBox *>(S("grpJumbotronType"))->title(), S("Jumbotron Type"));
+}
+
 TEST(MainWindowExtraTest, controlsOutsideThePlanAreStillDrawn)
 {
     ControlSet controls;
