@@ -9,6 +9,7 @@
 
 #include <ostream>
 
+#include <QDir>
 #include <QFile>
 
 #include <functional>
@@ -106,6 +107,15 @@ INSTANTIATE_TEST_SUITE_P(
                      EXPECT_EQ(o.columns[1].events, (std::array<bool, 6>{true, true, false, false, false, false}));
                      EXPECT_EQ(o.columns[0].events, allEvents);
                  }},
+        GoodLine{"a folder relative to the current one becomes absolute; hosts and ~ stay",
+                 args({"--store", "./meets/../meet"}),
+                 [](const HeadlessOptions &o) {
+                     EXPECT_EQ(o.storeAddress, QDir::current().absoluteFilePath(QStringLiteral("meet")));
+                 }},
+        GoodLine{"a host stays a host", args({"--store", "scoring:5433"}),
+                 [](const HeadlessOptions &o) { EXPECT_EQ(o.storeAddress, QStringLiteral("scoring:5433")); }},
+        GoodLine{"a home folder stays as written", args({"--store", "~/meet"}),
+                 [](const HeadlessOptions &o) { EXPECT_EQ(o.storeAddress, QStringLiteral("~/meet")); }},
         GoodLine{"every target by name, any case",
                  args({"--target", "XPRESSION"}),
                  [](const HeadlessOptions &o) { EXPECT_EQ(o.target, OutputTarget::Xpression); }},
