@@ -392,8 +392,9 @@ Operator messages and device errors are written to standard error, one line
 each.
 
 Meet database (one of; the server last chosen when neither is given):
-  --store ADDRESS        a folder holding Marlowen.sqlite (absolute or ~/...),
-                         or a PostgreSQL address host[:port]
+  --store ADDRESS        a folder holding Marlowen.sqlite (absolute, ~/..., or
+                         with a slash, relative to the current folder), or a
+                         PostgreSQL address host[:port]
   --server NAME          a registered server, by its name
 
 Selection (defaults: the meet the scoring product shows last, its default
