@@ -94,9 +94,11 @@ int main(int argc, char **argv)
     });
     QObject::connect(&main, &KestraMain::quitRequested, &app, [&] {
         // The connection was given up or lost: the station's supervisor
-        // starts the program again.
+        // starts the program again. After a lost connection the orderly close
+        // does not run: only the settings as last written carry over.
         say(lost ? QStringLiteral("the connection to the meet database was lost") : QStringLiteral("ending"));
-        run.finish();
+        if (!lost)
+            run.finish();
         QCoreApplication::exit(StoreFailure);
     });
 

@@ -28,7 +28,7 @@ public:
     // The meet database in use. Failures are StoreError and are not caught by
     // the poll or the display code.
     virtual MeetStore &store() = 0;
-    // The window's controls by their names ("chkEvent31", "edtNum12", ...).
+    // The window's controls by their names ("chkEvent31", "EditNum12", ...).
     virtual ControlSet &controls() = 0;
     virtual DisplayRecord &record() = 0;
     virtual TickSource &ticks() = 0;

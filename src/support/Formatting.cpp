@@ -89,12 +89,12 @@ QString formatFloat(double value, const QString &picture)
             scaled = significand.substr(0, static_cast<std::size_t>(keep));
         if (keep >= 0 && significand[static_cast<std::size_t>(keep)] >= '5') {
             if (scaled.empty())
-                scaled = "0";
+                scaled.assign(1, '0');
             incrementDigits(scaled);
         }
     }
     if (scaled.empty())
-        scaled = "0";
+        scaled.assign(1, '0');
 
     const auto decimals = static_cast<std::size_t>(p.decimals);
     if (scaled.size() < decimals + 1)

@@ -59,6 +59,16 @@ private:
     QString m_expanded;
 };
 
+// Messages break lines with "\r" as the old message boxes did; a plain-text
+// label ignores it, so every break becomes "\n".
+QString boxText(const QString &text)
+{
+    QString shown = expandTaskDialogBreaks(text);
+    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    shown.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return shown;
+}
+
 } // namespace
 
 std::unique_ptr<QMessageBox> MessageBoxPrompt::build(const PromptMessage &message, QWidget *owner)
@@ -68,10 +78,10 @@ std::unique_ptr<QMessageBox> MessageBoxPrompt::build(const PromptMessage &messag
     box->setIcon(iconOf(message.icon));
     box->setTextFormat(Qt::PlainText);
     if (message.instruction.isEmpty()) {
-        box->setText(expandTaskDialogBreaks(message.text));
+        box->setText(boxText(message.text));
     } else {
-        box->setText(expandTaskDialogBreaks(message.instruction));
-        box->setInformativeText(expandTaskDialogBreaks(message.text));
+        box->setText(boxText(message.instruction));
+        box->setInformativeText(boxText(message.text));
     }
     if (message.buttons == PromptButtons::Ok) {
         box->setStandardButtons(QMessageBox::Ok);
@@ -83,10 +93,7 @@ std::unique_ptr<QMessageBox> MessageBoxPrompt::build(const PromptMessage &messag
         box->setEscapeButton(QMessageBox::No);
     }
     if (!message.details.isEmpty()) {
-        QString details = expandTaskDialogBreaks(message.details);
-        details.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-        details.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-        box->setDetailedText(details);
+        box->setDetailedText(boxText(message.details));
         QAbstractButton *more = detailsButton(*box);
         auto *text = box->findChild<QTextEdit *>();
         const QString collapsed = message.detailsCollapsedLabel;

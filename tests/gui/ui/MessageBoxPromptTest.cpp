@@ -67,6 +67,15 @@ TEST(MessageBoxPromptTest, taskDialogTextsBreaksIconAndButtons)
     EXPECT_EQ(box->textFormat(), Qt::PlainText);
 }
 
+TEST(MessageBoxPromptTest, carriageReturnsInAPlainMessageBreakTheLine)
+{
+    PromptMessage m;
+    m.caption = S("Lost Connection");
+    m.text = S("The connection to the server was lost.\r\rKestra will restart.\r\nNow.");
+    const auto box = MessageBoxPrompt::build(m, nullptr);
+    EXPECT_EQ(box->text(), S("The connection to the server was lost.\n\nKestra will restart.\nNow."));
+}
+
 struct BoxCase {
     const char *what;
     PromptButtons buttons;
