@@ -1,47 +1,37 @@
 // The main window over its real logic and a seeded embedded meet database:
 // what the operator sees and does in the widgets reaches the handlers, and
 // what the handlers decide shows in the widgets.
-#include "generator/KestraMain.h"
-#include "generator/NowUpListeners.h"
-#include "meetdb/DevStore.h"
-#include "meetdb/MeetConnection.h"
-#include "outputs/DeviceTransport.h"
-#include "outputs/DisplayRecord.h"
-#include "setup/SettingsStore.h"
+#include "outputs/OutputStatus.h"
 #include "support/LogicalControl.h"
-#include "support/TickSource.h"
 #include "ui/MainWindowHooks.h"
 #include "ui/frmKestraMain.h"
+#include "ui/frmOutputStatus.h"
 #include "ui/frmSetupUnits.h"
 
 #include "kestra/Version.h"
-#include "ui/frmOutputStatus.h"
 
-#include "support/TestSupport.h"
+#include "integration/app/SeededMain.h"
 
-#include <gtest/gtest.h>
-
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
-#include <QMessageBox>
-#include <QSpinBox>
-#include <QTimer>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
+#include <QTimer>
 
 #include <cstdlib>
 #include <functional>
 #include <ostream>
-#include <memory>
 
 using namespace kestra;
-using kestra::test::TempDir;
 
 namespace {
 
@@ -50,35 +40,20 @@ QString S(const char *text)
     return QString::fromUtf8(text);
 }
 
-class LiveMainWindowTest : public testing::Test {
+class LiveMainWindowTest : public testing::Test, protected kestra::test::SeededMain {
 protected:
-    TempDir dir;
-    kestra::test::RecordingPrompt prompt;
-    FakeTickSource ticks;
-    DisplayRecord record;
-    DeviceTransport transport;
-    std::unique_ptr<MeetConnection> connection;
-    std::unique_ptr<KestraMain> main;
     std::unique_ptr<frmKestraMain> window;
+    int closes = 0;
 
     void SetUp() override
     {
-        const QString meet = dir.file(S("meet"));
-        {
-            auto store = DevStore::openOrCreate(meet);
-            ASSERT_TRUE(DevStore::createSchema(*store, false));
-            DevStore::seed(*store);
-        }
-        connection = std::make_unique<DirectConnection>(meet, S("Test Hall"));
-        main = std::make_unique<KestraMain>(*connection, SettingsStore::kestraKey(dir.file(S("config"))),
-                                            SettingsStore::marlowenKey(dir.file(S("config"))), prompt, ticks,
-                                            record, transport);
-        // Ports of the system's own would clash with another station.
-        main->listeners().setPorts(0, 0);
         ASSERT_TRUE(main->create());
         window = std::make_unique<frmKestraMain>(main->controls(), record);
         attachWindowHooks(*main, *window);
-        window->setCloseHandler([this] { main->close(); });
+        window->setCloseHandler([this] {
+            ++closes;
+            main->close();
+        });
         main->show();
         window->show();
     }
@@ -109,14 +84,32 @@ TEST_F(LiveMainWindowTest, everyControlOfTheLogicIsDrawnByItsName)
         const QString kind = control->property(S("kind")).toString();
         if (control->name().startsWith(S("Timer")) || kind == S("timer") || kind == S("table"))
             continue;
-        QWidget *widget = window->widgetFor(control->name());
-        ASSERT_NE(widget, nullptr) << control->name().toStdString();
-        EXPECT_EQ(widget->objectName(), control->name());
+        const auto found = window->findChildren<QWidget *>(control->name());
+        ASSERT_EQ(found.size(), 1) << control->name().toStdString();
+        EXPECT_EQ(window->widgetFor(control->name()), found.first());
         ++drawn;
     }
     EXPECT_GT(drawn, 100);
     // The layout has a planned place for each of them.
     EXPECT_TRUE(window->unplacedControls().isEmpty()) << window->unplacedControls().join(S(", ")).toStdString();
+    EXPECT_TRUE(get<QGroupBox>("grpMore")->isHidden());
+
+    // Each column's event rows sit in its status group; the poll writes the
+    // competitor and queue boxes, the operator only reads them.
+    for (int col = 1; col <= 2; ++col) {
+        auto *group = window->findChild<QGroupBox *>(S("grpStatus") + QString::number(col));
+        ASSERT_NE(group, nullptr) << col;
+        for (int e = 1; e <= 6; ++e) {
+            const QString ek = QString::number(e) + QString::number(col);
+            for (const char *stem : {"lblEvent", "EditNum", "EditScore", "EditWait", "chkEvent", "chkPause"})
+                EXPECT_NE(group->findChild<QWidget *>(S(stem) + ek), nullptr) << stem << ek.toStdString();
+            EXPECT_TRUE(group->findChild<QLineEdit *>(S("EditNum") + ek)->isReadOnly());
+            EXPECT_TRUE(group->findChild<QLineEdit *>(S("EditWait") + ek)->isReadOnly());
+        }
+    }
+    auto *targets = get<QGroupBox>("grpJumbotronType");
+    EXPECT_EQ(targets->title(), S("Jumbotron Type"));
+    EXPECT_EQ(targets->findChildren<QRadioButton *>().size(), 6);
 
     if (const char *folder = std::getenv("KESTRA_SCREENSHOT_DIR")) {
         window->resize(window->sizeHint());
@@ -183,9 +176,11 @@ TEST_F(LiveMainWindowTest, startPauseAndStopFromTheButtons)
     EXPECT_TRUE(start->isHidden());
     EXPECT_FALSE(stop->isHidden());
     EXPECT_EQ(get<QLabel>("grpStatus")->text(), S("Running"));
+    EXPECT_TRUE(get<QLabel>("grpStatus")->styleSheet().contains(S("#00ff00")));
     // Selection is locked during a run; the Display boxes stay live.
     EXPECT_FALSE(get<QComboBox>("dblcboMeets")->isEnabled());
     EXPECT_FALSE(get<QPushButton>("dxbtnSetupUnits")->isEnabled());
+    EXPECT_FALSE(get<QAction>("actdxbtnSetupUnits")->isEnabled());
     EXPECT_TRUE(get<QCheckBox>("chkEvent21")->isEnabled());
 
     get<QCheckBox>("chkPause")->click();
@@ -195,6 +190,7 @@ TEST_F(LiveMainWindowTest, startPauseAndStopFromTheButtons)
     stop->click();
     EXPECT_EQ(main->runState(), KestraMain::RunState::Stopped);
     EXPECT_EQ(get<QLabel>("grpStatus")->text(), S("Stopped"));
+    EXPECT_TRUE(get<QLabel>("grpStatus")->styleSheet().contains(S("#ff0000")));
     EXPECT_TRUE(get<QComboBox>("dblcboMeets")->isEnabled());
     EXPECT_TRUE(get<QCheckBox>("chkPause")->isChecked());
 }
@@ -211,14 +207,25 @@ TEST_F(LiveMainWindowTest, aRefusedStartMovesTheFocusToTheSessionBox)
     EXPECT_TRUE(kestra::test::waitUntil([&] { return get<QComboBox>("cboSession1")->hasFocus(); }));
 }
 
-TEST_F(LiveMainWindowTest, theOutputStatusButtonShowsTheBlock)
+TEST_F(LiveMainWindowTest, theOutputStatusOpensOnceShowsTheBlockAndClosesWithTheWindow)
 {
+    record.pack(layout::eventTitle(1), S("VAULT"));
     get<QPushButton>("Button1")->click();
     auto *status = window->findChild<frmOutputStatus *>();
     ASSERT_NE(status, nullptr);
     EXPECT_TRUE(status->isVisible());
-    get<QPushButton>("Button1")->click();
+    status->hide();
+    get<QAction>("actButton1")->trigger();
     EXPECT_EQ(window->findChildren<frmOutputStatus *>().size(), 1);
+    EXPECT_TRUE(status->isVisible());
+    window->outputStatus().Timer1Timer();
+    EXPECT_EQ(status->findChild<QLabel *>(S("lblEvent1Title"))->text(), S("VAULT "));
+
+    // Closing runs the logic's close once and takes the status window along.
+    window->close();
+    window->close();
+    EXPECT_EQ(closes, 1);
+    EXPECT_FALSE(status->isVisible());
 }
 
 // Runs `answer` on the next modal window, from inside its own loop.
@@ -276,9 +283,56 @@ TEST_F(LiveMainWindowTest, theAboutBoxNamesTheVersion)
         text = box.text();
         box.accept();
     });
-    get<QPushButton>("dxbtnAbout")->click();
+    get<QAction>("actdxbtnAbout")->trigger(); // the menu command runs the button's handler
     EXPECT_TRUE(text.contains(S("Version ") + QString::fromLatin1(version::productVersion))) << text.toStdString();
     EXPECT_TRUE(text.startsWith(main->title()));
+}
+
+// The window over a few controls of its own: hints and strays.
+LogicalControl &add(ControlSet &c, const char *name, const char *kind, const char *text = "")
+{
+    LogicalControl &control = c.add(S(name), S(text));
+    control.setProperty(S("kind"), S(kind));
+    return control;
+}
+
+TEST(MainWindowLayoutTest, titlesComeFromTheLogicsHints)
+{
+    ControlSet controls;
+    add(controls, "dblcboMeets", "lookup").setProperty(S("caption"), S("Pick a Meet"));
+    add(controls, "grpStatus", "status").setProperty(S("caption"), S("Generator is:"));
+    add(controls, "EditWait11", "edit").setProperty(S("heading"), S("Queued"));
+    DisplayRecord record;
+    frmKestraMain window(controls, record);
+    EXPECT_EQ(window.findChild<QGroupBox *>(S("grpSelectMeet"))->title(), S("Pick a Meet"));
+    QStringList labels;
+    for (const QLabel *label : window.findChildren<QLabel *>())
+        labels << label->text();
+    EXPECT_TRUE(labels.contains(S("Generator is:")));
+    // Column 1 has the hint; column 2 has no such control and keeps its word.
+    EXPECT_EQ(labels.count(S("Queued")), 1);
+    EXPECT_EQ(labels.count(S("Waiting")), 1);
+    // Without hints the window's own words stand.
+    EXPECT_TRUE(labels.contains(S("Display")));
+    EXPECT_EQ(window.findChild<QGroupBox *>(S("grpJumbotronType"))->title(), S("Jumbotron Type"));
+}
+
+TEST(MainWindowLayoutTest, controlsOutsideThePlanAreStillDrawn)
+{
+    ControlSet controls;
+    add(controls, "btnScoreStart", "button", "Start");
+    add(controls, "chkSomethingNew", "check", "Something new");
+    add(controls, "lblNote", "label", "A note");
+    DisplayRecord record;
+    frmKestraMain window(controls, record);
+    EXPECT_EQ(window.unplacedControls(), QStringList({S("chkSomethingNew"), S("lblNote")}));
+    auto *more = window.findChild<QGroupBox *>(S("grpMore"));
+    ASSERT_NE(more, nullptr);
+    EXPECT_FALSE(more->isHidden());
+    EXPECT_NE(more->findChild<QCheckBox *>(S("chkSomethingNew")), nullptr);
+    // Absent controls leave their places empty; the status view is always there.
+    EXPECT_EQ(window.findChild<QComboBox *>(S("dblcboMeets")), nullptr);
+    EXPECT_NE(window.findChild<QPushButton *>(S("Button1")), nullptr);
 }
 
 struct FilterCase {

@@ -2,27 +2,13 @@
 // window's controls the way an operator's would, and the run ends in order.
 #include "generator/HeadlessOptions.h"
 #include "generator/HeadlessRun.h"
-#include "generator/KestraMain.h"
-#include "generator/NowUpListeners.h"
-#include "meetdb/DevStore.h"
-#include "meetdb/MeetConnection.h"
-#include "outputs/DeviceTransport.h"
-#include "outputs/DisplayRecord.h"
-#include "setup/SettingsStore.h"
 #include "support/LogicalControl.h"
-#include "support/TickSource.h"
 
-#include "support/TestSupport.h"
-
-#include <gtest/gtest.h>
+#include "integration/app/SeededMain.h"
 
 #include <ostream>
 
-#include <functional>
-#include <memory>
-
 using namespace kestra;
-using kestra::test::TempDir;
 
 namespace {
 
@@ -31,36 +17,14 @@ QString S(const char *text)
     return QString::fromUtf8(text);
 }
 
-class HeadlessRunTest : public testing::Test {
+class HeadlessRunTest : public testing::Test, protected kestra::test::SeededMain {
 protected:
-    TempDir dir;
-    kestra::test::RecordingPrompt prompt;
-    FakeTickSource ticks;
-    DisplayRecord record;
-    DeviceTransport transport;
-    std::unique_ptr<MeetConnection> connection;
-    std::unique_ptr<KestraMain> main;
-
-    void SetUp() override
-    {
-        const QString meet = dir.file(S("meet"));
-        auto store = DevStore::openOrCreate(meet);
-        ASSERT_TRUE(DevStore::createSchema(*store, false));
-        DevStore::seed(*store);
-        connection = std::make_unique<DirectConnection>(meet);
-        main = std::make_unique<KestraMain>(*connection, SettingsStore::kestraKey(dir.file(S("config"))),
-                                            SettingsStore::marlowenKey(dir.file(S("config"))), prompt, ticks,
-                                            record, transport);
-        main->listeners().setPorts(0, 0);
-    }
-
     HeadlessOptions options(const QStringList &arguments)
     {
         const auto parsed = HeadlessOptions::parse(arguments);
         EXPECT_TRUE(std::holds_alternative<HeadlessOptions>(parsed));
         return std::get<HeadlessOptions>(parsed);
     }
-    LogicalControl &c(const char *name) { return main->controls()(S(name)); }
 };
 
 TEST_F(HeadlessRunTest, picksReachTheControlsAndStartRuns)
