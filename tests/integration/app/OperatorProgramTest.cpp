@@ -1,13 +1,7 @@
 // kestra, the operator program, as a process under the offscreen platform:
 // it comes up on the server in use, and a signal closes it as the operator
 // would, so the close writes the display target back.
-#include "meetdb/DevStore.h"
-#include "meetdb/MeetStore.h"
-#include "setup/SettingsStore.h"
-
-#include "support/TestSupport.h"
-
-#include <gtest/gtest.h>
+#include "integration/app/SeededMain.h"
 
 #include <QDir>
 #include <QFile>
@@ -80,11 +74,7 @@ protected:
 TEST_F(OperatorProgramTest, aSignalClosesTheWindowInOrderAndTheTargetIsStored)
 {
     const QString meet = home.file(S("meet"));
-    {
-        auto store = DevStore::openOrCreate(meet);
-        ASSERT_TRUE(DevStore::createSchema(*store, false));
-        DevStore::seed(*store);
-    }
+    seedMeet(meet);
     writeKey("Marlowen.ini", "MarlowenServerName=Gym Hall\n[Servers]\nNumServers=1\n[Servers\\Server1]\nName=Gym Hall\n"
                              "Host=" + meet.toUtf8() + "\nLocation=Local PC\n");
     writeKey("Kestra.ini", "[Options]\nUseBarco=1\n");

@@ -1,11 +1,8 @@
 // The serial path end to end: a real transport writing to one side of a socat
 // pseudo-terminal pair, read back on the other side at 19200 8N1.
+#include "OutputStation.h"
+
 #include "outputs/BoardDecoder.h"
-#include "outputs/Daktronics.h"
-#include "outputs/DebugTrace.h"
-#include "outputs/DeviceTransport.h"
-#include "outputs/DisplayRecord.h"
-#include "outputs/MeetFlags.h"
 #include "support/TestSupport.h"
 
 #include <QFileInfo>
@@ -58,18 +55,11 @@ TEST(SerialLine, FramesArriveWholeAtTheOtherEnd)
 {
     PtyPair cable;
     SerialReader board(cable.deviceB());
-    DeviceTransport transport;
-    transport.setPortName(realDevice(cable.deviceA()));
-    transport.setBaseAddress(760);
-
-    DisplayRecord record;
-    record.pack(layout::eventDBonus(1), QStringLiteral("0.100"));
-    FixedMeetFlags meet;
-    meet.useDBonus = true;
-    DebugTrace trace;
-    DaktronicsWriter writer(record, transport, meet, trace);
-    EXPECT_EQ(writer.SendDaktronicsEvent(1), DeviceErrors::Success);
-    EXPECT_TRUE(transport.isPortOpen());
+    OutputStation station(realDevice(cable.deviceA()));
+    station.record.pack(layout::eventDBonus(1), QStringLiteral("0.100"));
+    station.meet.useDBonus = true;
+    EXPECT_EQ(station.writer.SendDaktronicsEvent(1), DeviceErrors::Success);
+    EXPECT_TRUE(station.transport.isPortOpen());
 
     const QByteArray dBonus("\x16" "00000000" "\x01" "00401" "03429" "\x02" "0.100 " "\x04" "8D" "\x17");
     const QByteArray got = board.read(106 + 45 + 31);

@@ -1,19 +1,13 @@
 // A score on its way out over UDP on loopback: the line fill routines, the
 // Daktronics writer and the real transport on one side; a socket, the frame
 // decoder and the virtual board tool on the other.
+#include "OutputStation.h"
+
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
-#include "outputs/Daktronics.h"
-#include "outputs/DebugTrace.h"
-#include "outputs/DeviceTransport.h"
-#include "outputs/DisplayContext.h"
-#include "outputs/DisplayLines.h"
-#include "outputs/DisplayRecord.h"
 #include "outputs/EventSlot.h"
-#include "outputs/MeetFlags.h"
 #include "support/TestSupport.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QNetworkDatagram>
 #include <QProcess>
@@ -28,23 +22,6 @@ using namespace kestra;
 using namespace kestra::test;
 
 namespace {
-
-// The main window as the line routines see it: four events on side 1, all
-// ticked, Daktronics checked.
-struct FourEvents final : DisplayContext {
-    DisplayWriter *writer = nullptr;
-    mutable RecordingPrompt recorder;
-    int numEvents(int side) const override { return side == 1 ? 4 : 0; }
-    QString eventTitle(int, int n) const override
-    {
-        return QStringList{"Vault", "Bars", "Beam", "Floor"}.value(n - 1);
-    }
-    bool isEventTicked(int, int) const override { return true; }
-    bool isDual() const override { return false; }
-    int nameFormat() const override { return 0; }
-    DisplayWriter *checkedWriter() const override { return writer; }
-    OperatorPrompt &prompt() const override { return recorder; }
-};
 
 EventSlot routine()
 {
@@ -63,23 +40,6 @@ EventSlot routine()
     return slot;
 }
 
-class Station {
-public:
-    Station(const QString &port)
-    {
-        transport.setPortName(QStringLiteral("UDP"));
-        transport.setUdpDestination(QStringLiteral("127.0.0.1"), port);
-        context.writer = &writer;
-    }
-    DisplayRecord record;
-    DeviceTransport transport;
-    FixedMeetFlags meet;
-    DebugTrace trace;
-    DaktronicsWriter writer{record, transport, meet, trace};
-    FourEvents context;
-    DisplayLines lines{record, context};
-};
-
 QList<QByteArray> receive(QUdpSocket &socket, int count)
 {
     QList<QByteArray> got;
@@ -97,7 +57,7 @@ TEST(UdpPath, AScoreGoesOutAsOneDatagramPerFrame)
 {
     QUdpSocket board;
     ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
-    Station station(QString::number(board.localPort()));
+    OutputStation station(QStringLiteral("UDP"), QString::number(board.localPort()));
     station.meet.useDBonus = true;
     station.lines.FillEventLine(routine(), 1);
     ASSERT_TRUE(station.context.recorder.messages.empty());
@@ -123,23 +83,6 @@ TEST(UdpPath, AScoreGoesOutAsOneDatagramPerFrame)
     ASSERT_FALSE(shown.isEmpty());
     EXPECT_EQ(shown.last(),
               QStringLiteral("EVENT 3  BEAM    #412   Kira Moss                   9.650  D 4.10  E 5.550  D+ 0.100  @ Valley Twisters"));
-}
-
-TEST(UdpPath, TheTraceFileHoldsWhatWasSentWithCrLf)
-{
-    TempDir dir;
-    QUdpSocket board;
-    ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
-    Station station(QString::number(board.localPort()));
-    station.trace.setPath(dir.file(QStringLiteral("DebugIOOutput.txt")));
-    station.trace.setEnabled(true);
-    station.lines.FillNowUpLine(1, 1, QStringLiteral("7"), QStringLiteral("Ana Bell"), QString());
-    station.lines.BlankEventLine(2, 1);
-    const QList<QByteArray> got = receive(board, 3);
-    ASSERT_EQ(got.size(), 3);
-    QFile file(station.trace.path());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), got[0] + "\r\n" + got[1] + "\r\n" + got[2] + "\r\n");
 }
 
 namespace {
@@ -209,7 +152,7 @@ TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
     ASSERT_FALSE(listening.isEmpty()) << board.output().toStdString();
     const QString port = listening.section(QLatin1Char(':'), -1);
 
-    Station station(port);
+    OutputStation station(QStringLiteral("UDP"), port);
     station.lines.FillEventLine(routine(), 1);
     const QString line = board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss.*@ Valley Twisters"));
     EXPECT_TRUE(line.contains(QStringLiteral("9.650"))) << board.output().toStdString();
@@ -239,19 +182,14 @@ TEST(VirtualBoard, ReadsASerialLine)
     PtyPair cable;
     BoardProcess board({QStringLiteral("--serial"), cable.deviceB()});
     ASSERT_FALSE(board.waitForLine(QStringLiteral("reading .* at 19200 8N1")).isEmpty());
-    DisplayRecord record;
-    DeviceTransport transport;
-    transport.setPortName(cable.deviceA());
-    transport.setBaseAddress(760);
-    FixedMeetFlags meet;
-    DebugTrace trace;
-    DaktronicsWriter writer(record, transport, meet, trace);
+    OutputStation station(cable.deviceA());
+    DisplayRecord &record = station.record;
     record.pack(layout::leaderTitle1(2), QStringLiteral("All-Around"));
     record.pack(layout::leaderRank(2, 1), QStringLiteral(" 1"));
     record.pack(layout::leaderName(2, 1), QStringLiteral("Ana Bell"));
     record.pack(layout::leaderScore(2, 1), QStringLiteral(" 38.450"));
     record.pack(layout::leaderGym(2, 1), QStringLiteral("Harbor"));
-    ASSERT_EQ(writer.SendDaktronicsLeader(2), DeviceErrors::Success);
+    ASSERT_EQ(station.writer.SendDaktronicsLeader(2), DeviceErrors::Success);
     EXPECT_FALSE(board.waitForLine(QStringLiteral("LEADER 2  All-Around")).isEmpty()) << board.output().toStdString();
     EXPECT_FALSE(board.waitForLine(QStringLiteral("1  Ana Bell +38\\.450  @ Harbor")).isEmpty())
         << board.output().toStdString();

@@ -75,21 +75,6 @@ TEST(DeviceTransport, PortNamesOpenTheirDevices)
     }
 }
 
-TEST(DeviceTransport, CodesSevenAndEightBeforeAnyOpen)
-{
-    ScriptedLineLog log;
-    DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
-    transport.setBaseAddress(760);
-    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::PortNotDefined);
-    transport.setPortName(QStringLiteral("COM2"));
-    transport.setBaseAddress(0);
-    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::BaseAddressNotDefined);
-    EXPECT_TRUE(log.opened.isEmpty());
-    transport.setBaseAddress(744);
-    EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::Success);
-    EXPECT_EQ(log.opened, QStringList{QStringLiteral("/dev/ttyS1")});
-}
-
 TEST(DeviceTransport, AMissingDeviceIsCodeNineOnEverySend)
 {
     TempDir dir;
@@ -144,19 +129,26 @@ TEST(DeviceTransport, AFailedWriteIsCodeTwoAndThePortStaysOpen)
     EXPECT_TRUE(transport->isPortOpen());
 }
 
-TEST(DeviceTransport, OpenPortChecksNameThenAddressThenDevice)
+TEST(DeviceTransport, OpeningOrSendingChecksNameThenAddressThenDevice)
 {
-    ScriptedLineLog log;
-    DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
-    EXPECT_EQ(transport.OpenPort(), DeviceErrors::PortNotDefined); // both missing: the name is told
-    transport.setPortName(QStringLiteral("COM3"));
-    EXPECT_EQ(transport.OpenPort(), DeviceErrors::BaseAddressNotDefined);
-    transport.setBaseAddress(1000);
-    log.refuseOpen = true;
-    EXPECT_EQ(transport.OpenPort(), DeviceErrors::PortOpenFailed);
-    log.refuseOpen = false;
-    EXPECT_EQ(transport.OpenPort(), DeviceErrors::Success);
-    EXPECT_EQ(log.opened.last(), QStringLiteral("/dev/ttyS2"));
+    for (const bool send : {false, true}) {
+        ScriptedLineLog log;
+        DeviceTransport transport(std::make_unique<ScriptedFactory>(log));
+        auto call = [&] { return send ? transport.SendDeviceData("x") : transport.OpenPort(); };
+        transport.setBaseAddress(760);
+        EXPECT_EQ(call(), DeviceErrors::PortNotDefined) << send;
+        transport.setBaseAddress(0);
+        EXPECT_EQ(call(), DeviceErrors::PortNotDefined) << send; // both missing: the name is told
+        transport.setPortName(QStringLiteral("COM3"));
+        EXPECT_EQ(call(), DeviceErrors::BaseAddressNotDefined) << send;
+        EXPECT_TRUE(log.opened.isEmpty());
+        transport.setBaseAddress(1000);
+        log.refuseOpen = true;
+        EXPECT_EQ(call(), DeviceErrors::PortOpenFailed) << send;
+        log.refuseOpen = false;
+        EXPECT_EQ(call(), DeviceErrors::Success) << send;
+        EXPECT_EQ(log.opened.last(), QStringLiteral("/dev/ttyS2"));
+    }
 }
 
 namespace {

@@ -22,6 +22,9 @@ TEST(OutputStatus, SeventeenGroups396DataLabelsAnd99Captions)
     EXPECT_EQ(status.dataLabelCount(), 396);
     EXPECT_EQ(status.captionCount(), 99);
     EXPECT_EQ(status.controls().all().size(), 495u);
+    // The refresh timer runs from creation, once a second.
+    EXPECT_TRUE(status.timer().isActive());
+    EXPECT_EQ(status.timer().interval(), 1000);
 }
 
 TEST(OutputStatus, DataLabelsCoverDistinctFieldsAndNeverTheUnusedBytes)
@@ -103,24 +106,4 @@ TEST(OutputStatus, PlaceholdersUntilTheFirstRefreshThenRawFields)
                   QString::fromLatin1(pattern.mid(c.offset, c.length)))
             << c.label;
     }
-}
-
-TEST(OutputStatus, TrailingSpacesAreKept)
-{
-    DisplayRecord record;
-    OutputStatus status(record);
-    record.pack(layout::eventName(3), QStringLiteral("Ana Bell"));
-    status.setShown(true);
-    status.Timer1Timer();
-    EXPECT_EQ(status.controls()(QStringLiteral("lblEvent3Name")).text(),
-              QStringLiteral("Ana Bell") + QString(32, QLatin1Char(' ')));
-    EXPECT_EQ(status.controls()(QStringLiteral("lblEvent3Num")).text(), QStringLiteral("    "));
-}
-
-TEST(OutputStatus, TheTimerRunsFromCreationEverySecond)
-{
-    DisplayRecord record;
-    OutputStatus status(record);
-    EXPECT_TRUE(status.timer().isActive());
-    EXPECT_EQ(status.timer().interval(), 1000);
 }
