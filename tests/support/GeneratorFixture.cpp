@@ -47,7 +47,6 @@ GeneratorFixture::GeneratorFixture() : m_dir(std::make_unique<TempDir>())
     m_store = DevStore::openOrCreate(m_dir->path());
     DevStore::createSchema(*m_store, false);
     addControls();
-    m_nextDt = QDateTime(QDate(2024, 3, 2), QTime(9, 0, 0, 125));
 }
 
 GeneratorFixture::GeneratorFixture(std::unique_ptr<MeetStore> store) : m_store(std::move(store))
@@ -55,10 +54,14 @@ GeneratorFixture::GeneratorFixture(std::unique_ptr<MeetStore> store) : m_store(s
     if (m_store->tableNames().isEmpty())
         MeetSchema::create(*m_store);
     addControls();
-    m_nextDt = QDateTime(QDate(2024, 3, 2), QTime(9, 0, 0, 125));
 }
 
 GeneratorFixture::~GeneratorFixture()
+{
+    closeTables();
+}
+
+void GeneratorFixture::closeTables()
 {
     // Cursors go before the store they read.
     m_gymnasts.reset();
@@ -113,20 +116,27 @@ TableCursor *GeneratorFixture::table(const QString &name)
     return nullptr;
 }
 
+namespace {
+
+// The field of a cursor's current row; null without one.
+QVariant rowValue(const std::unique_ptr<TableCursor> &cursor, const QString &field)
+{
+    return cursor && cursor->isOpen() && cursor->hasRow() ? cursor->value(field) : QVariant();
+}
+
+} // namespace
+
 int GeneratorFixture::numEvents(int side) const
 {
-    const TableCursor *events = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-    if (!events || !events->isOpen() || !events->hasRow())
-        return 0;
-    return events->value(QStringLiteral("NumEvents")).toInt();
+    return rowValue(side == 1 ? m_eventDisp1 : m_eventDisp2, QStringLiteral("NumEvents")).toInt();
 }
 
 QString GeneratorFixture::eventTitle(int side, int eventNumber) const
 {
-    const TableCursor *events = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-    if (!events || !events->isOpen() || !events->hasRow() || eventNumber < 1 || eventNumber > 6)
+    if (eventNumber < 1 || eventNumber > 6)
         return {};
-    return events->value(QStringLiteral("Event") + QString::number(eventNumber)).toString();
+    return rowValue(side == 1 ? m_eventDisp1 : m_eventDisp2, QStringLiteral("Event") + QString::number(eventNumber))
+        .toString();
 }
 
 bool GeneratorFixture::isEventTicked(int eventNumber, int side) const
@@ -151,17 +161,17 @@ DisplayWriter *GeneratorFixture::checkedWriter() const
 
 bool GeneratorFixture::MeetsUseDBonus() const
 {
-    return m_meets && m_meets->isOpen() && m_meets->hasRow() && m_meets->value(QStringLiteral("UseDBonus")).toBool();
+    return rowValue(m_meets, QStringLiteral("UseDBonus")).toBool();
 }
 
 bool GeneratorFixture::MeetsUseJNBonus() const
 {
-    return m_meets && m_meets->isOpen() && m_meets->hasRow() && m_meets->value(QStringLiteral("UseJNBonus")).toBool();
+    return rowValue(m_meets, QStringLiteral("UseJNBonus")).toBool();
 }
 
 bool GeneratorFixture::MeetsScoreMethod() const
 {
-    return m_meets && m_meets->isOpen() && m_meets->hasRow() && m_meets->value(QStringLiteral("ScoreMethod")).toInt() == 1;
+    return rowValue(m_meets, QStringLiteral("ScoreMethod")).toInt() == 1;
 }
 
 void GeneratorFixture::addSmallMeet()
@@ -201,10 +211,7 @@ void GeneratorFixture::addSmallMeet()
 
 void GeneratorFixture::openTables()
 {
-    m_gymnasts.reset();
-    m_eventDisp2.reset();
-    m_eventDisp1.reset();
-    m_meets.reset();
+    closeTables();
     m_meets = m_store->openTable(QStringLiteral("Meets"), CursorOptions().orderBy(QStringLiteral("MeetID")));
     m_eventDisp1 = m_store->openTable(QStringLiteral("Events"), CursorOptions().orderBy(QStringLiteral("EventID")));
     m_eventDisp2 = m_store->openTable(QStringLiteral("Events"), CursorOptions().orderBy(QStringLiteral("EventID")));

@@ -132,6 +132,7 @@ public:
 
 private:
     void addControls();
+    void closeTables();
 
     std::unique_ptr<TempDir> m_dir;
     std::unique_ptr<MeetStore> m_store;
@@ -141,7 +142,7 @@ private:
     std::unique_ptr<TableCursor> m_eventDisp1;
     std::unique_ptr<TableCursor> m_eventDisp2;
     std::unique_ptr<TableCursor> m_gymnasts;
-    QDateTime m_nextDt;
+    QDateTime m_nextDt{QDate(2024, 3, 2), QTime(9, 0, 0, 125)};
 };
 
 } // namespace kestra::test

@@ -13,6 +13,8 @@
 #include <QList>
 #include <QUdpSocket>
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <memory>
 
@@ -64,5 +66,19 @@ private:
 
 // Copies the seeded template database into a folder.
 void copySeededStore(const QString &folder);
+
+// A test over the main window, created and shown on the seeded store
+// (changed first by `prepare` when given).
+class OpenMainWindow : public testing::Test {
+protected:
+    explicit OpenMainWindow(const std::function<void(MeetStore &)> &prepare = {}) : rig(prepare) {}
+    void SetUp() override { ASSERT_TRUE(rig.open()); }
+    MainRig rig;
+};
+
+inline QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
 
 } // namespace kestra::test

@@ -8,15 +8,7 @@
 
 using namespace kestra;
 using kestra::test::MainRig;
-
-namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-} // namespace
+using kestra::test::S;
 
 TEST(MainWindowOnPostgres, OpensOnTheLastMeetAndRunsAPollTickOnTheServer)
 {

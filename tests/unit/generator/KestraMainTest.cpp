@@ -15,13 +15,9 @@
 
 using namespace kestra;
 using kestra::test::MainRig;
+using kestra::test::S;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 // A connect sequence the operator gives up.
 class GivenUpConnection final : public MeetConnection {
@@ -44,9 +40,56 @@ QString readIni(const MainRig &rig)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
+// Exactly one box so far; a null caption is not checked, a null text must
+// merely say something.
+void expectOneBox(const MainRig &rig, PromptIcon icon, const QString &caption, const QString &text)
+{
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    const PromptMessage &m = rig.prompt.messages[0];
+    EXPECT_EQ(m.icon, icon);
+    if (!caption.isNull()) {
+        EXPECT_EQ(m.caption, caption);
+    }
+    if (text.isNull()) {
+        EXPECT_FALSE(m.text.isEmpty());
+    } else {
+        EXPECT_EQ(m.text, text);
+    }
+}
+
+// A refused Start leaves the window stopped and unlocked, with the
+// application registered already.
+void expectRefusedStart(MainRig &rig)
+{
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    EXPECT_TRUE(rig(S("btnScoreStart")).isVisible());
+    EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+    EXPECT_EQ(rig.main().table(S("Gymnasts")), nullptr);
+    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+}
+
+// A window whose connect sequence the operator gives up, beside the rig's.
+struct GivenUpMain {
+    explicit GivenUpMain(MainRig &rig)
+        : main(connection, SettingsStore::kestraKey(rig.configFolder), SettingsStore::marlowenKey(rig.configFolder),
+               rig.prompt, rig.ticks, rig.record, rig.transport)
+    {
+        QObject::connect(&main, &KestraMain::quitRequested, [this] { ++quits; });
+    }
+    GivenUpConnection connection;
+    KestraMain main;
+    int quits = 0;
+};
+
 } // namespace
 
-TEST(KestraMainTest, ShowingOnASeededStoreSelectsTheLastMeetOfTheScoringProduct)
+// Over the window as it opens on the seeded store. KestraMainPreparedTest
+// changes the store, the settings or the hooks first, or builds windows of
+// its own.
+class KestraMainTest : public test::OpenMainWindow {};
+
+TEST(KestraMainPreparedTest, ShowingOnASeededStoreSelectsTheLastMeetOfTheScoringProduct)
 {
     const struct {
         QVariant lastMeet;
@@ -76,7 +119,7 @@ TEST(KestraMainTest, ShowingOnASeededStoreSelectsTheLastMeetOfTheScoringProduct)
     }
 }
 
-TEST(KestraMainTest, AnEmptyHostTableSelectsNoMeetAndLeavesTheSessionListsEmpty)
+TEST(KestraMainPreparedTest, AnEmptyHostTableSelectsNoMeetAndLeavesTheSessionListsAndPauseBoxesEmpty)
 {
     MainRig rig([](MeetStore &s) { s.execute(S("delete from Host")); });
     ASSERT_TRUE(rig.open());
@@ -85,31 +128,39 @@ TEST(KestraMainTest, AnEmptyHostTableSelectsNoMeetAndLeavesTheSessionListsEmpty)
     EXPECT_TRUE(rig(S("cboSession1")).items().isEmpty());
     EXPECT_TRUE(rig.main().memSessions().isEmpty());
     EXPECT_EQ(rig(S("lblEvent11")).text(), QString());
+    // No group shown: every event pause box stays hidden.
+    for (int side = 1; side <= 2; ++side) {
+        for (int i = 1; i <= 6; ++i)
+            EXPECT_FALSE(rig(S("chkPause%1%2").arg(i).arg(side)).isVisible());
+    }
 }
 
-TEST(KestraMainTest, AConnectionGivenUpEndsTheProgramBeforeTheWindowIsShown)
+TEST(KestraMainPreparedTest, AConnectionGivenUpEndsTheProgramBeforeTheWindowIsShown)
 {
     MainRig rig;
-    GivenUpConnection givenUp;
-    KestraMain main(givenUp, SettingsStore::kestraKey(rig.configFolder), SettingsStore::marlowenKey(rig.configFolder),
-                    rig.prompt, rig.ticks, rig.record, rig.transport);
-    int quits = 0;
-    QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
+    GivenUpMain givenUp(rig);
+    KestraMain &main = givenUp.main;
     EXPECT_FALSE(main.create());
     EXPECT_TRUE(main.isProgramClosing());
-    EXPECT_EQ(quits, 1);
+    EXPECT_EQ(givenUp.quits, 1);
     main.show();
     EXPECT_FALSE(main.isShown());
     EXPECT_EQ(main.table(S("Meets")), nullptr);
     EXPECT_FALSE(main.start());
-    EXPECT_EQ(givenUp.attempts, 1);
+    EXPECT_EQ(givenUp.connection.attempts, 1);
     const QString settingsBefore = readIni(rig);
     EXPECT_TRUE(main.close());
     EXPECT_EQ(readIni(rig), settingsBefore);
     EXPECT_EQ(main.title(), S("Kestra v%1 - Jumbotron Display Generator, Server: ").arg(S(version::productVersion)));
+
+    // Giving up a change of server ends the program too.
+    GivenUpMain changed(rig);
+    changed.main.dxbtnLocateServerClick();
+    EXPECT_EQ(changed.quits, 1);
+    EXPECT_EQ(changed.main.table(S("Meets")), nullptr);
 }
 
-TEST(KestraMainTest, AStoreThatCannotBeOpenedIsToldAndEndsTheProgram)
+TEST(KestraMainPreparedTest, AStoreThatCannotBeOpenedIsToldAndEndsTheProgram)
 {
     MainRig rig;
     ASSERT_TRUE(QDir(rig.dbFolder).removeRecursively());
@@ -117,13 +168,11 @@ TEST(KestraMainTest, AStoreThatCannotBeOpenedIsToldAndEndsTheProgram)
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
     blocker.close();
     EXPECT_FALSE(rig.main().create());
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
-    EXPECT_FALSE(rig.prompt.messages[0].text.isEmpty());
+    expectOneBox(rig, PromptIcon::Error, {}, {});
     EXPECT_EQ(rig.quits, 1);
 }
 
-TEST(KestraMainTest, TheTitleNamesTheVersionAndTheServerInUse)
+TEST(KestraMainPreparedTest, TheTitleNamesTheVersionAndTheServerInUse)
 {
     MainRig rig;
     QStringList titles;
@@ -135,10 +184,8 @@ TEST(KestraMainTest, TheTitleNamesTheVersionAndTheServerInUse)
     EXPECT_EQ(titles.last(), expected);
 }
 
-TEST(KestraMainTest, EveryControlCarriesItsKindAndTheWindowStartsStopped)
+TEST_F(KestraMainTest, EveryControlCarriesItsKindAndTheWindowStartsStopped)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     const QStringList kinds = {S("button"), S("check"), S("radio"), S("edit"),       S("combo"),
                                S("lookup"), S("label"), S("status"), S("radiogroup"), S("group")};
     for (LogicalControl *control : rig.main().controls().all()) {
@@ -207,17 +254,7 @@ TEST(KestraMainTest, EveryControlCarriesItsKindAndTheWindowStartsStopped)
     EXPECT_EQ(rig.main().timer(3).interval(), 4000);
 }
 
-TEST(KestraMainTest, AFreshWindowHidesEveryEventPauseBoxUntilAGroupIsShown)
-{
-    MainRig rig([](MeetStore &s) { s.execute(S("delete from Host")); });
-    ASSERT_TRUE(rig.main().create());
-    for (int side = 1; side <= 2; ++side) {
-        for (int i = 1; i <= 6; ++i)
-            EXPECT_FALSE(rig(S("chkPause%1%2").arg(i).arg(side)).isVisible());
-    }
-}
-
-TEST(KestraMainTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
+TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
 {
     const struct {
         const char *ini;
@@ -252,10 +289,15 @@ TEST(KestraMainTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
     EXPECT_TRUE(rig(S("chkNCAA")).isChecked());
 }
 
-TEST(KestraMainTest, EachStateEnablesItsControlsAndTimers)
+TEST_F(KestraMainTest, EachStateEnablesItsControlsAndTimers)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
+    // A pause click while stopped changes only the box.
+    ASSERT_TRUE(rig.main().setPaused(true));
+    EXPECT_TRUE(rig(S("chkPause")).isChecked());
+    EXPECT_EQ(rig(S("grpStatus")).text(), S("Stopped"));
+    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
+    EXPECT_FALSE(rig.main().timer(1).isActive());
+    ASSERT_TRUE(rig.main().setPaused(false));
     ASSERT_TRUE(rig.main().start()) << rig.main().lastError().toStdString();
 
     EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
@@ -324,19 +366,7 @@ TEST(KestraMainTest, EachStateEnablesItsControlsAndTimers)
     EXPECT_TRUE(rig.prompt.messages.empty());
 }
 
-TEST(KestraMainTest, APauseClickWhileStoppedChangesOnlyTheBox)
-{
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
-    ASSERT_TRUE(rig.main().setPaused(true));
-    EXPECT_TRUE(rig(S("chkPause")).isChecked());
-    EXPECT_EQ(rig(S("grpStatus")).text(), S("Stopped"));
-    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
-    EXPECT_FALSE(rig.main().timer(1).isActive());
-    EXPECT_FALSE(rig.main().timer(3).isActive());
-}
-
-TEST(KestraMainTest, StartEnablesTheTimersOfTheTargetAndTheMode)
+TEST(KestraMainPreparedTest, StartEnablesTheTimersOfTheTargetAndTheMode)
 {
     const struct {
         OutputTarget target;
@@ -386,10 +416,8 @@ TEST(KestraMainTest, StartEnablesTheTimersOfTheTargetAndTheMode)
     }
 }
 
-TEST(KestraMainTest, StartRegistersTheApplicationOnce)
+TEST_F(KestraMainTest, StartRegistersTheApplicationOnce)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 0);
     ASSERT_TRUE(rig.main().start());
     EXPECT_EQ(rig.scalar(S("select AppName from ScoreApps where AppID = 4")).toString(), S("Kestra"));
@@ -407,7 +435,7 @@ TEST(KestraMainTest, StartRegistersTheApplicationOnce)
     EXPECT_EQ(other.scalar(S("select AppName from ScoreApps")).toString(), S("Generator"));
 }
 
-TEST(KestraMainTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAndFocus)
+TEST(KestraMainPreparedTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAndFocus)
 {
     const struct {
         bool dual;
@@ -455,27 +483,15 @@ TEST(KestraMainTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAnd
         }
         EXPECT_FALSE(started);
         EXPECT_EQ(rig.main().lastError(), S(c.message));
-        ASSERT_EQ(rig.prompt.messages.size(), 1u);
-        EXPECT_EQ(rig.prompt.messages[0].text, S(c.message));
-        EXPECT_EQ(rig.prompt.messages[0].caption, S("Data Validation Error"));
-        EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
-        EXPECT_EQ(rig.prompt.messages[0].buttons, PromptButtons::Ok);
+        ASSERT_NO_FATAL_FAILURE(expectOneBox(rig, PromptIcon::Error, S("Data Validation Error"), S(c.message)));
+        EXPECT_EQ(rig.prompt.messages.back().buttons, PromptButtons::Ok);
         EXPECT_EQ(rig.main().controls().focused(), S(c.focus));
-        // Refused: still stopped, nothing locked, no timer, but the
-        // application is registered already.
-        EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
-        EXPECT_TRUE(rig(S("btnScoreStart")).isVisible());
-        EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
-        EXPECT_FALSE(rig.main().timer(1).isActive());
-        EXPECT_EQ(rig.main().table(S("Gymnasts")), nullptr);
-        EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+        expectRefusedStart(rig);
     }
 }
 
-TEST(KestraMainTest, StartClearsEveryNowUpLineButLeavesTheRestOfTheBlock)
+TEST_F(KestraMainTest, StartClearsEveryNowUpLineButLeavesTheRestOfTheBlock)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     rig.main().lines().FillNowUpLine(1, 1, S("101"), S("Jane Doe"), S("Riverside"));
     rig.main().lines().FillNowUpLine(3, 1, S("205"), S("Ann Lee"), S("Summit"));
     rig.record.pack(layout::eventName(2), QByteArrayView("Kept Name"));
@@ -506,7 +522,7 @@ TEST(KestraMainTest, StartClearsEveryNowUpLineButLeavesTheRestOfTheBlock)
     EXPECT_EQ(rig.frames().size(), sent);
 }
 
-TEST(KestraMainTest, SlotsAreZeroedAtCreationAndLeftAloneByStartAndStop)
+TEST(KestraMainPreparedTest, CreationZeroesTheSlotsAndStartEmptiesOnlyTheStatusColumns)
 {
     MainRig rig;
     for (auto &row : rig.main().eventSlots()) {
@@ -533,12 +549,9 @@ TEST(KestraMainTest, SlotsAreZeroedAtCreationAndLeftAloneByStartAndStop)
     EXPECT_EQ(rig.main().eventSlots()[2][0].HoldUntil, 123456);
     EXPECT_EQ(rig.main().eventSlots()[2][0].WaitUntil, 234567);
     EXPECT_EQ(rig.main().eventSlots()[4][1].HoldUntil, -99);
-}
+    rig.main().stop();
 
-TEST(KestraMainTest, StartAndStopEmptyTheStatusColumnsOnlyAtStart)
-{
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
+    // The status columns are emptied at Start only.
     rig(S("EditNum11")).setText(S("101"));
     rig(S("EditScore42")).setText(S("9.500"));
     rig(S("EditWait61")).setText(S("2"));
@@ -550,7 +563,7 @@ TEST(KestraMainTest, StartAndStopEmptyTheStatusColumnsOnlyAtStart)
     EXPECT_EQ(rig(S("EditNum21")).text(), S("102"));
 }
 
-TEST(KestraMainTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
+TEST(KestraMainPreparedTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
 {
     MainRig rig({}, "Interval=9\n");
     ASSERT_TRUE(rig.open());
@@ -591,10 +604,8 @@ TEST(KestraMainTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
     EXPECT_FALSE(QFile::exists(rig.configFolder + S("/Kestra.ini")));
 }
 
-TEST(KestraMainTest, CloseDuringARunStopsEveryTimer)
+TEST_F(KestraMainTest, CloseDuringARunStopsEveryTimer)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().selectTarget(OutputTarget::Barco));
     ASSERT_TRUE(rig.main().start());
     EXPECT_TRUE(rig.main().close());
@@ -603,7 +614,7 @@ TEST(KestraMainTest, CloseDuringARunStopsEveryTimer)
     EXPECT_TRUE(readIni(rig).contains(S("UseBarco=1"), Qt::CaseInsensitive));
 }
 
-TEST(KestraMainTest, ShowHandsTheLinkSettingsOnAndStartsTheListenersOnce)
+TEST(KestraMainPreparedTest, ShowHandsTheLinkSettingsOnAndStartsTheListenersOnce)
 {
     MainRig rig({}, "BaseAddr=1000\n");
     EXPECT_FALSE(rig.main().listeners().isStarted());
@@ -622,10 +633,8 @@ TEST(KestraMainTest, ShowHandsTheLinkSettingsOnAndStartsTheListenersOnce)
     EXPECT_FALSE(serial.transport.isUdpConnected());
 }
 
-TEST(KestraMainTest, TheSetupWindowsValuesAreReadBackAndHandedOn)
+TEST_F(KestraMainTest, TheSetupWindowsValuesAreReadBackAndHandedOn)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     bool udpDuringSetup = true;
     rig.main().hooks().showSetup = [&] {
         udpDuringSetup = rig.transport.isUdpConnected();
@@ -642,7 +651,7 @@ TEST(KestraMainTest, TheSetupWindowsValuesAreReadBackAndHandedOn)
     EXPECT_FALSE(rig.transport.isUdpConnected());
 }
 
-TEST(KestraMainTest, ALostConnectionStopsEverythingTellsTheOperatorAndRestarts)
+TEST(KestraMainPreparedTest, ALostConnectionStopsEverythingTellsTheOperatorAndRestarts)
 {
     MainRig rig;
     int resultsTimerStops = 0;
@@ -655,30 +664,23 @@ TEST(KestraMainTest, ALostConnectionStopsEverythingTellsTheOperatorAndRestarts)
     for (int t = 1; t <= 4; ++t)
         EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
     EXPECT_EQ(resultsTimerStops, 1);
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].caption, S("Marlowen Server Connection"));
-    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
-    EXPECT_EQ(rig.prompt.messages[0].text,
-              S("Kestra is no longer able to communicate with the server \"Test Server\".\r"
-                "The connection to the server has been lost.\r\rKestra will now be restarted."));
+    expectOneBox(rig, PromptIcon::Error, S("Marlowen Server Connection"),
+                 S("Kestra is no longer able to communicate with the server \"Test Server\".\r"
+                   "The connection to the server has been lost.\r\rKestra will now be restarted."));
     EXPECT_EQ(rig.restarts, 1);
     EXPECT_EQ(rig.quits, 1);
     // Nothing is stored on this way out.
     EXPECT_FALSE(readIni(rig).contains(S("UseFile"), Qt::CaseInsensitive));
 }
 
-TEST(KestraMainTest, AnyOtherFailureIsShownAndTheRunGoesOn)
+TEST_F(KestraMainTest, AnyOtherFailureIsShownAndTheRunGoesOn)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().start());
     // A handler failing inside a click: the table it needs is gone.
     rig.peer().execute(S("drop table ScoreApps"));
     rig.main().stop();
     ASSERT_FALSE(rig.main().start());
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
-    EXPECT_FALSE(rig.prompt.messages[0].text.isEmpty());
+    expectOneBox(rig, PromptIcon::Error, {}, {});
     EXPECT_EQ(rig.restarts, 0);
     EXPECT_EQ(rig.quits, 0);
     EXPECT_TRUE(rig(S("btnScoreStart")).isVisible());
@@ -691,18 +693,13 @@ TEST(KestraMainTest, AnyOtherFailureIsShownAndTheRunGoesOn)
     EXPECT_EQ(rig.prompt.messages.size(), 1u);
 }
 
-TEST(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
+TEST_F(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     rig.main().hooks().closeResults = [] { return false; };
     rig(S("dxbtnLocateServer")).click();
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].caption, S("Open Window Warning"));
-    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Warning);
-    EXPECT_EQ(rig.prompt.messages[0].text,
-              S("All windows must be closed before the server can be changed.\n\n"
-                "Please save any changes and close any open windows and then try again."));
+    expectOneBox(rig, PromptIcon::Warning, S("Open Window Warning"),
+                 S("All windows must be closed before the server can be changed.\n\n"
+                   "Please save any changes and close any open windows and then try again."));
     EXPECT_NE(rig.main().table(S("Meets")), nullptr);
 
     // With the window closed the tables come back on the scoring product's
@@ -717,10 +714,8 @@ TEST(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
     EXPECT_EQ(rig.quits, 0);
 }
 
-TEST(KestraMainTest, TheContextReadsTheSelectedRowsAndTheMeetFlags)
+TEST_F(KestraMainTest, TheContextReadsTheSelectedRowsAndTheMeetFlags)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     EXPECT_EQ(rig.main().numEvents(1), 4);
     EXPECT_EQ(rig.main().eventTitle(1, 2), S("BARS"));
     EXPECT_TRUE(rig.main().MeetsUseDBonus());
@@ -739,7 +734,7 @@ TEST(KestraMainTest, TheContextReadsTheSelectedRowsAndTheMeetFlags)
     EXPECT_FALSE(rig.main().MeetsUseDBonus());
 }
 
-TEST(KestraMainTest, APollTickOfARunTakesTheOldestScoreAndPutsItUp)
+TEST(KestraMainPreparedTest, APollTickOfARunTakesTheOldestScoreAndPutsItUp)
 {
     MainRig rig({}, "Interval=0\n");
     ASSERT_TRUE(rig.open());
@@ -767,16 +762,13 @@ TEST(KestraMainTest, APollTickOfARunTakesTheOldestScoreAndPutsItUp)
     rig.peer().execute(S("drop table QueueDone"));
     rig.main().eventSlots()[first.event - 1][0].HoldUntil = 0;
     rig.main().Timer1Timer();
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].icon, PromptIcon::Error);
+    expectOneBox(rig, PromptIcon::Error, {}, {});
     EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Running);
     EXPECT_TRUE(rig.main().timer(1).isActive());
 }
 
-TEST(KestraMainTest, NowUpDatagramsFillTheBoardWhetherStoppedOrRunning)
+TEST_F(KestraMainTest, NowUpDatagramsFillTheBoardWhetherStoppedOrRunning)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     const quint16 port = rig.main().listeners().port(NowUpListeners::Channel::Line);
     ASSERT_NE(port, 0);
     QUdpSocket sender;
@@ -800,28 +792,20 @@ TEST(KestraMainTest, NowUpDatagramsFillTheBoardWhetherStoppedOrRunning)
     EXPECT_FALSE(rig.main().listeners().isListening(NowUpListeners::Channel::Line));
 }
 
-TEST(KestraMainTest, AFailedMySqlConnectAtStartIsShownAndTheGeneratorStaysStopped)
+TEST_F(KestraMainTest, AFailedMySqlConnectAtStartIsShownAndTheGeneratorStaysStopped)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     rig.main().hooks().connectMySql = [](const KestraSettings &) {
         throw std::runtime_error("Can't connect to server on '10.9.9.9'");
     };
     ASSERT_TRUE(rig.main().selectTarget(OutputTarget::Xpression));
     EXPECT_FALSE(rig.main().start());
-    ASSERT_EQ(rig.prompt.messages.size(), 1u);
-    EXPECT_EQ(rig.prompt.messages[0].text, S("Can't connect to server on '10.9.9.9'"));
+    expectOneBox(rig, PromptIcon::Error, {}, S("Can't connect to server on '10.9.9.9'"));
     EXPECT_EQ(rig.main().lastError(), S("Can't connect to server on '10.9.9.9'"));
-    EXPECT_EQ(rig.main().runState(), KestraMain::RunState::Stopped);
-    EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
-    EXPECT_FALSE(rig.main().timer(1).isActive());
-    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps where AppID = 4")).toInt(), 1);
+    expectRefusedStart(rig);
 }
 
-TEST(KestraMainTest, ClearEventsBlanksTheBoardWhileStoppedOnly)
+TEST_F(KestraMainTest, ClearEventsBlanksTheBoardWhileStoppedOnly)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     rig.record.pack(layout::eventName(1), QByteArrayView("Jane Doe"));
     rig.record.pack(layout::nowUpName(2), QByteArrayView("Ann Lee"));
     const int before = int(rig.frames().size());
@@ -833,10 +817,8 @@ TEST(KestraMainTest, ClearEventsBlanksTheBoardWhileStoppedOnly)
     EXPECT_FALSE(rig(S("btnClear")).isEnabled());
 }
 
-TEST(KestraMainTest, TheWindowButtonsOpenTheirWindows)
+TEST_F(KestraMainTest, TheWindowButtonsOpenTheirWindows)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     QStringList opened;
     auto &h = rig.main().hooks();
     h.showOutputStatus = [&] { opened << S("status"); };
@@ -853,7 +835,7 @@ TEST(KestraMainTest, TheWindowButtonsOpenTheirWindows)
     EXPECT_TRUE(rig(S("dxbtnAbout")).isEnabled());
 }
 
-TEST(KestraMainTest, TheFileDialogIsAskedForTheTypeOfTheTargetAndACancelKeepsTheName)
+TEST(KestraMainPreparedTest, TheFileDialogIsAskedForTheTypeOfTheTargetAndACancelKeepsTheName)
 {
     MainRig rig({}, "OutputFileName=/srv/old.txt\n");
     ASSERT_TRUE(rig.open());
@@ -877,10 +859,8 @@ TEST(KestraMainTest, TheFileDialogIsAskedForTheTypeOfTheTargetAndACancelKeepsThe
     EXPECT_EQ(rig.main().settings().OutputFileName, S("/srv/new.txt"));
 }
 
-TEST(KestraMainTest, TheDebugBoxTracesEveryFrameToTheFile)
+TEST_F(KestraMainTest, TheDebugBoxTracesEveryFrameToTheFile)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     const QString path = rig.dir.file(S("DebugIOOutput.txt"));
     rig.main().trace().setPath(path);
     rig.main().lines().FillNowUpLine(1, 1, S("7"), S("Off"), S(""));
@@ -894,24 +874,8 @@ TEST(KestraMainTest, TheDebugBoxTracesEveryFrameToTheFile)
     EXPECT_TRUE(text.endsWith("\r\n"));
 }
 
-TEST(KestraMainTest, AServerChangeGivenUpEndsTheProgram)
+TEST_F(KestraMainTest, FailuresDuringTheBoxOfAnotherAreLoggedButALostConnectionStillRestarts)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
-    GivenUpConnection givenUp;
-    KestraMain main(givenUp, SettingsStore::kestraKey(rig.configFolder), SettingsStore::marlowenKey(rig.configFolder),
-                    rig.prompt, rig.ticks, rig.record, rig.transport);
-    int quits = 0;
-    QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
-    main.dxbtnLocateServerClick();
-    EXPECT_EQ(quits, 1);
-    EXPECT_EQ(main.table(S("Meets")), nullptr);
-}
-
-TEST(KestraMainTest, FailuresDuringTheBoxOfAnotherAreLoggedButALostConnectionStillRestarts)
-{
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().start());
     const auto failure = [](StoreError::Kind kind) {
         return std::make_exception_ptr(StoreError(kind, StoreBackend::Sqlite, S("no such table: Meets")));

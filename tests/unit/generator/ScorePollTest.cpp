@@ -256,9 +256,9 @@ TEST_F(ScorePollTest, RowsOutsideTheFilterOrWithoutAGymAreNeverTaken)
 {
     f.tickOnly(1, {1});
     const int otherSession = f.addScore(1, 1, "2", 103);
-    const int noGym = f.addScore(1, 1, "1", 105);
-    const int noGymnast = f.addScore(1, 1, "1", 999);
-    const int otherGroup = f.addScore(2, 1, "1", 201);
+    f.addScore(1, 1, "1", 105); // no gym
+    f.addScore(1, 1, "1", 999); // no such gymnast
+    f.addScore(2, 1, "1", 201); // another event group
     for (int t = 0; t < 3; ++t)
         tickAt(kStart + 4000 * t);
     EXPECT_TRUE(f.markedRows().isEmpty());
@@ -268,9 +268,6 @@ TEST_F(ScorePollTest, RowsOutsideTheFilterOrWithoutAGymAreNeverTaken)
     f.setSessions(1, {});
     tickAt(kStart + 12000);
     EXPECT_EQ(f.markedRows(), QList<int>{otherSession});
-    Q_UNUSED(noGym);
-    Q_UNUSED(noGymnast);
-    Q_UNUSED(otherGroup);
 }
 
 TEST_F(ScorePollTest, ARestartDoesNotRepeatMarkedRows)

@@ -4,13 +4,9 @@
 
 using namespace kestra;
 using kestra::test::MainRig;
+using kestra::test::S;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 QStringList rowNames(int i, int side)
 {
@@ -29,10 +25,13 @@ void addBareMeet(MeetStore &s)
 
 } // namespace
 
-TEST(SelectionTest, TheSessionBoxesListTheSessionsOfTheSelectedMeet)
+class SelectionTest : public test::OpenMainWindow {
+protected:
+    SelectionTest() : OpenMainWindow(addBareMeet) {}
+};
+
+TEST_F(SelectionTest, TheSessionBoxesListTheSessionsOfTheSelectedMeet)
 {
-    MainRig rig(addBareMeet);
-    ASSERT_TRUE(rig.open());
     const struct {
         int meet;
         QStringList sessions;
@@ -65,10 +64,8 @@ TEST(SelectionTest, TheSessionBoxesListTheSessionsOfTheSelectedMeet)
               rig.scalar(S("select RotationID from Sessions where MeetID = 1 and Session = '3'")).toInt());
 }
 
-TEST(SelectionTest, ANewMeetEmptiesTheChosenSessions)
+TEST_F(SelectionTest, ANewMeetEmptiesTheChosenSessions)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().setDual(true));
     ASSERT_TRUE(rig.main().setSessions(1, {S("1"), S("3")}));
     ASSERT_TRUE(rig.main().setSessions(2, {S("2")}));
@@ -92,10 +89,8 @@ TEST(SelectionTest, ANewMeetEmptiesTheChosenSessions)
     EXPECT_EQ(rig(S("cboSession2y")).items(), (QStringList{S("1"), S("2")}));
 }
 
-TEST(SelectionTest, ASessionBoxTakesAChoiceFromItsListOrTypedText)
+TEST_F(SelectionTest, ASessionBoxTakesAChoiceFromItsListOrTypedText)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     LogicalControl &box = rig(S("cboSession1y"));
     box.operatorSelect(1);
     EXPECT_EQ(box.text(), S("2"));
@@ -108,10 +103,8 @@ TEST(SelectionTest, ASessionBoxTakesAChoiceFromItsListOrTypedText)
     EXPECT_EQ(rig(S("cboSession1")).text(), QString());
 }
 
-TEST(SelectionTest, AnEventGroupShowsOneRowPerApparatusAndKeepsTheMarksOfHiddenRows)
+TEST_F(SelectionTest, AnEventGroupShowsOneRowPerApparatusAndKeepsTheMarksOfHiddenRows)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().selectEventGroup(1, 2)); // six men's apparatus
     const QStringList men = {S("FLOOR"), S("POMML"), S("RINGS"), S("VAULT"), S("PBARS"), S("HIBAR")};
     for (int i = 1; i <= 6; ++i) {
@@ -142,7 +135,7 @@ TEST(SelectionTest, AnEventGroupShowsOneRowPerApparatusAndKeepsTheMarksOfHiddenR
     EXPECT_EQ(rig(S("EditNum11")).text(), S("101"));
 }
 
-TEST(SelectionTest, DualAndNcaaSetTheSecondColumnTheRotationAndTheRequiredLabel)
+TEST_F(SelectionTest, DualAndNcaaSetTheSecondColumnTheRotationAndTheRequiredLabel)
 {
     const struct {
         bool dual;
@@ -155,8 +148,6 @@ TEST(SelectionTest, DualAndNcaaSetTheSecondColumnTheRotationAndTheRequiredLabel)
         {true, true, "(Required)"},
         {false, false, "(Optional)"},
     };
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     for (const auto &c : cases) {
         SCOPED_TRACE(int(c.dual) * 2 + int(c.ncaa));
         ASSERT_TRUE(rig.main().setDual(c.dual));
@@ -177,10 +168,8 @@ TEST(SelectionTest, DualAndNcaaSetTheSecondColumnTheRotationAndTheRequiredLabel)
     EXPECT_FALSE(rig.main().lastError().isEmpty());
 }
 
-TEST(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
+TEST_F(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
 {
-    MainRig rig(addBareMeet);
-    ASSERT_TRUE(rig.open());
     LogicalControl &rotation = rig(S("rgrpRotation"));
     // Meet 1, no session: the first session's rotation (one bye) with four events.
     EXPECT_EQ(rotation.items(), (QStringList{S("1"), S("2"), S("3"), S("4"), S("5")}));
@@ -224,10 +213,8 @@ TEST(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
     }
 }
 
-TEST(SelectionTest, StartLocksTheSelectionAndTheApiSaysWhy)
+TEST_F(SelectionTest, StartLocksTheSelectionAndTheApiSaysWhy)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().setTickedEvents(1, {1, 2}));
     ASSERT_TRUE(rig.main().start());
     EXPECT_FALSE(rig.main().selectMeet(2));
@@ -243,10 +230,8 @@ TEST(SelectionTest, StartLocksTheSelectionAndTheApiSaysWhy)
     EXPECT_TRUE(rig.main().selectMeet(2));
 }
 
-TEST(SelectionTest, BadSelectionsAreRefusedWithAClearReasonAndChangeNothing)
+TEST_F(SelectionTest, BadSelectionsAreRefusedWithAClearReasonAndChangeNothing)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     ASSERT_TRUE(rig.main().setSessions(1, {S("1")}));
     const struct {
         const char *what;
@@ -276,10 +261,8 @@ TEST(SelectionTest, BadSelectionsAreRefusedWithAClearReasonAndChangeNothing)
     EXPECT_TRUE(rig(S("rdoDaktronics")).isChecked());
 }
 
-TEST(SelectionTest, TheTargetButtonsAreOneOfSix)
+TEST_F(SelectionTest, TheTargetButtonsAreOneOfSix)
 {
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
     for (int t = int(OutputTarget::Daktronics); t <= int(OutputTarget::Xpression); ++t) {
         ASSERT_TRUE(rig.main().selectTarget(OutputTarget(t)));
         EXPECT_EQ(rig.main().checkedTarget(), OutputTarget(t));
@@ -290,7 +273,7 @@ TEST(SelectionTest, TheTargetButtonsAreOneOfSix)
     }
 }
 
-TEST(SelectionTest, ABrokenRotationRowCannotAskForMoreButtonsThanSquadsAndEvents)
+TEST(SelectionRotationRowTest, ABrokenRotationRowCannotAskForMoreButtonsThanSquadsAndEvents)
 {
     const struct {
         int byes;
