@@ -28,14 +28,6 @@ TEST(LogicalControl, ComposedNamesAreFoundAndUnknownOnesThrow)
     EXPECT_EQ(controls.find(QStringLiteral("nope")), nullptr);
 }
 
-TEST(LogicalControl, FocusRequestIsRemembered)
-{
-    ControlSet controls;
-    controls.add(QStringLiteral("cboSession1"));
-    controls(QStringLiteral("cboSession1")).requestFocus();
-    EXPECT_EQ(controls.focused(), QStringLiteral("cboSession1"));
-}
-
 TEST(TickSource, FakeClockWrapsLikeA32BitCount)
 {
     FakeTickSource ticks(0xFFFFFF00u);
