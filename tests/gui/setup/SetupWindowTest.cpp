@@ -4,6 +4,7 @@
 #include "ui/frmSetupUnits.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -25,14 +26,10 @@
 #include <memory>
 
 using namespace kestra;
+using kestra::test::S;
 using kestra::test::TempDir;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 void press(QWidget *widget, int key, const QString &text = QString())
 {

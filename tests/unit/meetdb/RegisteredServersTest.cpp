@@ -1,6 +1,7 @@
 #include "meetdb/RegisteredServers.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -9,24 +10,7 @@
 #include <cstdlib>
 
 using namespace kestra;
-using kestra::test::TempDir;
-
-namespace {
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
+using namespace kestra::test;
 
 TEST(IsValidIP, TellsDottedAddressesFromHostNames)
 {
@@ -34,34 +18,17 @@ TEST(IsValidIP, TellsDottedAddressesFromHostNames)
         const char *text;
         bool valid;
     } cases[] = {
-        {"127.0.0.1", true},
-        {"0.0.0.0", true},
-        {"255.255.255.255", true},
-        {"192.168.001.010", true},      // leading zeros are digits like any other
-        {"1.2.3.4.5", true},            // more than three dots pass on purpose
-        {"1.1.1.1.1.1.1.1", true},      // fifteen characters, seven dots
-        {"10.0.0", false},              // too few dots
-        {"", false},
-        {"256.1.1.1", false},           // a part above 255
-        {"1.2.3.256", false},
-        {"1.2.3.999", false},
-        {"0255.1.1.1", false},          // four digits in a part
-        {"1.2.3.0000", false},
-        {".1.2.3", false},              // starts with a dot
-        {"1..2.3", false},              // two dots together
-        {"1.2.3.", false},              // a dot at the end
-        {"1.2.3.4.", false},
-        {"255.255.255.2555", false},    // sixteen characters
-        {"111.111.111.1111", false},
-        {"1.2.3.4 ", false},            // blanks count as characters
-        {" 1.2.3.4", false},
-        {"1.2.3.a", false},
-        {"1.2.3.-4", false},
-        {"1.2.3.+4", false},
-        {"scoring", false},
-        {"scoring.local", false},
-        {"fe80::1", false},
-        {"1.2.3.4:5432", false},
+        {"127.0.0.1", true}, {"0.0.0.0", true}, {"255.255.255.255", true},
+        {"192.168.001.010", true},                          // leading zeros are digits like any other
+        {"1.2.3.4.5", true}, {"1.1.1.1.1.1.1.1", true},     // more than three dots pass on purpose
+        {"10.0.0", false}, {"", false},                     // too few dots
+        {"256.1.1.1", false}, {"1.2.3.256", false},         // a part above 255
+        {"0255.1.1.1", false}, {"1.2.3.0000", false},       // four digits in a part
+        {".1.2.3", false}, {"1..2.3", false}, {"1.2.3.", false}, // a dot at an end or two together
+        {"255.255.255.2555", false},                        // sixteen characters
+        {"1.2.3.4 ", false}, {" 1.2.3.4", false},           // blanks count as characters
+        {"1.2.3.a", false}, {"1.2.3.-4", false}, {"1.2.3.+4", false},
+        {"scoring.local", false}, {"fe80::1", false}, {"1.2.3.4:5432", false},
     };
     for (const auto &c : cases)
         EXPECT_EQ(RegisteredServers::IsValidIP(QString::fromLatin1(c.text)), c.valid) << '"' << c.text << '"';
@@ -71,11 +38,11 @@ TEST(RegisteredServerList, ReadsEntriesTrimmedInStoredOrder)
 {
     TempDir dir;
     SettingsStore key = SettingsStore::marlowenKey(dir.path());
-    writeFile(key.filePath(), "MarlowenServerName=  Arena East  \r\n"
-                              "[Servers]\r\nNumServers=4\r\n"
-                              "[Servers\\Server1]\r\nName= Arena East \r\nIP= 10.0.0.5\r\nHost=\r\nLocation=LAN / WAN\r\n"
-                              "[Servers\\Server2]\r\nName=\r\nIP=10.0.0.6\r\n"
-                              "[Servers\\Server4]\r\nName=laptop\r\nHost=~/meet \r\nLocation=Local PC\r\n");
+    put(key.filePath(), "MarlowenServerName=  Arena East  \r\n"
+                        "[Servers]\r\nNumServers=4\r\n"
+                        "[Servers\\Server1]\r\nName= Arena East \r\nIP= 10.0.0.5\r\nHost=\r\nLocation=LAN / WAN\r\n"
+                        "[Servers\\Server2]\r\nName=\r\nIP=10.0.0.6\r\n"
+                        "[Servers\\Server4]\r\nName=laptop\r\nHost=~/meet \r\nLocation=Local PC\r\n");
     const RegisteredServers servers(key);
     const QList<ServerEntry> list = servers.entries();
     ASSERT_EQ(list.size(), 4);
@@ -101,8 +68,8 @@ TEST(RegisteredServerList, ACountBeyondTheEntriesIsNotWalkedToTheEnd)
     for (const auto &c : cases) {
         TempDir dir;
         SettingsStore key = SettingsStore::marlowenKey(dir.path());
-        writeFile(key.filePath(), QByteArray("[Servers]\nNumServers=") + c.numServers
-                                      + "\n[Servers\\Server1]\nName=a\n[Servers\\Server2]\nName=b\n");
+        put(key.filePath(), QByteArray("[Servers]\nNumServers=") + c.numServers
+                                + "\n[Servers\\Server1]\nName=a\n[Servers\\Server2]\nName=b\n");
         EXPECT_EQ(RegisteredServers(key).entries().size(), c.expected) << c.numServers;
     }
 }
@@ -111,14 +78,14 @@ TEST(RegisteredServerList, RewriteReplacesTheWholeListAndKeepsTheOtherValues)
 {
     TempDir dir;
     SettingsStore key = SettingsStore::marlowenKey(dir.path());
-    writeFile(key.filePath(), "MarlowenServerName=old\r\n[Servers]\r\nNumServers=3\r\n"
-                              "[Servers\\Server1]\r\nName=old\r\n[Servers\\Server2]\r\nName=gone\r\n"
-                              "[Servers\\Server3]\r\nName=gone too\r\n[Custom]\r\nTeamID=1\r\n");
+    put(key.filePath(), "MarlowenServerName=old\r\n[Servers]\r\nNumServers=3\r\n"
+                        "[Servers\\Server1]\r\nName=old\r\n[Servers\\Server2]\r\nName=gone\r\n"
+                        "[Servers\\Server3]\r\nName=gone too\r\n[Custom]\r\nTeamID=1\r\n");
     RegisteredServers servers(key);
     const QList<ServerEntry> list = {{"Arena", "10.0.0.5", "", "LAN / WAN"}, {"Gym", "", "gym.local", "Remote"}};
     ASSERT_TRUE(servers.rewrite(list));
     EXPECT_EQ(servers.entries(), list);
-    EXPECT_EQ(readFile(key.filePath()).toStdString(),
+    EXPECT_EQ(contents(key.filePath()),
               "MarlowenServerName=old\r\n\r\n[Custom]\r\nTeamID=1\r\n\r\n[Servers]\r\nNumServers=2\r\n\r\n"
               "[Servers\\Server1]\r\nName=Arena\r\nIP=10.0.0.5\r\nHost=\r\nLocation=LAN / WAN\r\n\r\n"
               "[Servers\\Server2]\r\nName=Gym\r\nIP=\r\nHost=gym.local\r\nLocation=Remote\r\n");
@@ -127,28 +94,6 @@ TEST(RegisteredServerList, RewriteReplacesTheWholeListAndKeepsTheOtherValues)
     EXPECT_TRUE(servers.entries().isEmpty());
     EXPECT_EQ(key.ReadInteger(QStringLiteral("Servers"), QStringLiteral("NumServers"), -1), 0);
     EXPECT_FALSE(key.KeyExists(QStringLiteral("Servers\\Server1")));
-}
-
-TEST(RegisteredServerList, ALockedFileRefusesTheRewriteAndLosesNothing)
-{
-    TempDir dir;
-    SettingsStore key = SettingsStore::marlowenKey(dir.path());
-    RegisteredServers servers(key);
-    ASSERT_TRUE(servers.rewrite({{"Arena", "10.0.0.5", "", "LAN / WAN"}}));
-    const QByteArray before = readFile(key.filePath());
-
-    // Another writer holds the lock for longer than this writer waits.
-    SettingsStore holder = key;
-    holder.setLockTimeout(std::chrono::milliseconds(5000));
-    servers.key().setLockTimeout(std::chrono::milliseconds(200));
-    bool refused = false;
-    holder.update([&](SettingsDocument &) {
-        refused = !servers.rewrite({});
-        return false;
-    });
-    EXPECT_TRUE(refused);
-    EXPECT_EQ(readFile(key.filePath()), before);
-    EXPECT_EQ(servers.entries().size(), 1);
 }
 
 TEST(StoreAddressOfEntry, IPTakesTheRoleAndPortOfAServerHostName)

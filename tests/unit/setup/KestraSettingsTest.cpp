@@ -2,28 +2,20 @@
 #include "setup/SettingsStore.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
-
-#include <QFile>
 
 #include <vector>
 
 using namespace kestra;
-using kestra::test::TempDir;
+using namespace kestra::test;
 
 namespace {
 
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
 SettingsStore keyWith(const TempDir &dir, const QByteArray &bytes)
 {
-    QFile file(dir.file(S("Kestra.ini")));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
+    put(dir.file(S("Kestra.ini")), bytes);
     return SettingsStore::kestraKey(dir.path());
 }
 
@@ -109,11 +101,9 @@ TEST(KestraSettings, TheCloseWritesItsNineValuesInOrderAndNothingElse)
     s.OutputFileName = S("/home/op/board.xml");
     s.COMPort = S("UDP");
     ASSERT_TRUE(s.writeAtClose(key));
-    QFile file(key.filePath());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll().toStdString(), "[Options]\nComPort=COM1\nUseDaktronics=0\nUseBarco=0\nUseWhiteWay=0\n"
-                                            "UseFile=0\nUseXML=1\nUseXpression=0\nNCAAMode=1\n"
-                                            "OutputFileName=/home/op/board.xml\nSTXETX=0\n");
+    EXPECT_EQ(contents(key.filePath()), "[Options]\nComPort=COM1\nUseDaktronics=0\nUseBarco=0\nUseWhiteWay=0\n"
+                                        "UseFile=0\nUseXML=1\nUseXpression=0\nNCAAMode=1\n"
+                                        "OutputFileName=/home/op/board.xml\nSTXETX=0\n");
 }
 
 TEST(KestraSettings, TheTargetIsTheLastRadioButtonLeftChecked)

@@ -2,13 +2,12 @@
 #include "setup/SettingsStore.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-
 using namespace kestra;
-using kestra::test::TempDir;
+using namespace kestra::test;
 
 TEST(ProductSettings, TheServerNameAndTeamOptionsLiveBesideTheScoringProductsValues)
 {
@@ -21,10 +20,7 @@ TEST(ProductSettings, TheServerNameAndTeamOptionsLiveBesideTheScoringProductsVal
     EXPECT_EQ(team.TeamScoresCount + team.TeamScoresAA + team.TeamDesignate, 0);
     EXPECT_EQ(team.TeamID, 3) << "None: the team list starts disabled";
 
-    QFile file(key.filePath());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("; the scoring product's\r\nLastBackup=2024-03-01\r\n[Servers]\r\nNumServers=0\r\n");
-    file.close();
+    put(key.filePath(), "; the scoring product's\r\nLastBackup=2024-03-01\r\n[Servers]\r\nNumServers=0\r\n");
     ASSERT_TRUE(ProductSettings::writeServerName(key, QStringLiteral("Arena East")));
     ASSERT_TRUE(TeamResultsSettings::writeTeamScoresCount(key, QStringLiteral(" 4 ")));
     ASSERT_TRUE(TeamResultsSettings::writeTeamScoresAA(key, QStringLiteral("12x")));
@@ -36,9 +32,8 @@ TEST(ProductSettings, TheServerNameAndTeamOptionsLiveBesideTheScoringProductsVal
     EXPECT_EQ(team.TeamScoresAA, 0) << "an edit holding no number is stored as 0";
     EXPECT_EQ(team.TeamDesignate, 2);
     EXPECT_EQ(team.TeamID, 1);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll().toStdString(), "; the scoring product's\r\nLastBackup=2024-03-01\r\n"
-                                            "MarlowenServerName=Arena East\r\n\r\n[Servers]\r\nNumServers=0\r\n\r\n"
-                                            "[Custom]\r\nTeamScoresCount=4\r\nTeamScoresAA=0\r\nTeamDesignate=2\r\n"
-                                            "TeamID=1\r\n");
+    EXPECT_EQ(contents(key.filePath()), "; the scoring product's\r\nLastBackup=2024-03-01\r\n"
+                                        "MarlowenServerName=Arena East\r\n\r\n[Servers]\r\nNumServers=0\r\n\r\n"
+                                        "[Custom]\r\nTeamScoresCount=4\r\nTeamScoresAA=0\r\nTeamDesignate=2\r\n"
+                                        "TeamID=1\r\n");
 }

@@ -1,15 +1,13 @@
 #include "setup/SettingsDocument.h"
 
+#include "unit/setup/SettingsFiles.h"
+
 #include <gtest/gtest.h>
 
 using namespace kestra;
+using kestra::test::S;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 std::string text(const SettingsDocument &doc)
 {

@@ -1,6 +1,7 @@
 #include "setup/SettingsStore.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -14,27 +15,9 @@
 #include <unistd.h>
 
 using namespace kestra;
-using kestra::test::TempDir;
+using namespace kestra::test;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-std::string contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "<unreadable>";
-}
-
-void put(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
 
 struct stat fileStat(const QString &path)
 {

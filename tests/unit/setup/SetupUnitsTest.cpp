@@ -1,6 +1,7 @@
 #include "setup/SetupUnits.h"
 
 #include "support/TestSupport.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -9,14 +10,9 @@
 #include <memory>
 
 using namespace kestra;
-using kestra::test::TempDir;
+using namespace kestra::test;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 class SetupUnitsTest : public testing::Test {
 protected:
@@ -29,11 +25,8 @@ protected:
     // read from the store unless given.
     SetupUnits &open(const QByteArray &stored = QByteArray())
     {
-        if (!stored.isEmpty()) {
-            QFile f(key.filePath());
-            EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-            f.write(stored);
-        }
+        if (!stored.isEmpty())
+            put(key.filePath(), stored);
         KestraSettings working;
         working.readAtCreate(key);
         working.readAtShow(key);
@@ -42,11 +35,7 @@ protected:
         return *setup;
     }
     LogicalControl &c(const char *name) { return (*setup)(S(name)); }
-    std::string file() const
-    {
-        QFile f(key.filePath());
-        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string("<none>");
-    }
+    std::string file() const { return contents(key.filePath()); }
     KestraSettings readBack() const
     {
         KestraSettings back;

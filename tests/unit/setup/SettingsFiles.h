@@ -1,0 +1,33 @@
+#pragma once
+
+// Settings files read and written by hand, as the other programs sharing them do.
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QString>
+
+#include <string>
+
+namespace kestra::test {
+
+inline QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+// The file's bytes, or "<none>" when there is no file to read.
+inline std::string contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : std::string("<none>");
+}
+
+inline void put(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+}
+
+} // namespace kestra::test
