@@ -2,11 +2,7 @@
 #include "meetdb/RunConnection.h"
 #include "meetdb/ServerConnection.h"
 
-#include "support/TestSupport.h"
-
-#include <gtest/gtest.h>
-
-#include <QDir>
+#include "StoreFixture.h"
 
 #include <libpq-fe.h>
 
@@ -26,24 +22,12 @@ const QString LocateOrCreate = QStringLiteral(
 // A meet database that passes every check, on one backend, and the
 // scoring product's key with the list of servers.
 struct World {
-    explicit World(StoreBackend b) : backend(b), key(SettingsStore::marlowenKey(settingsDir.path()))
+    explicit World(StoreBackend b)
+        : store(makeStore(b)), key(SettingsStore::marlowenKey(settingsDir.path())), alias(store.alias),
+          address(store.address), admin(*store.store)
     {
-        if (backend == StoreBackend::Postgres) {
-            const Endpoint pg = sharedPostgres();
-            alias = createPostgresDatabase(QStringLiteral("kt_conn"));
-            address = QStringLiteral("%1:%2").arg(pg.host).arg(pg.port);
-            unreachable = QStringLiteral("127.0.0.1:1");
-            admin = MeetStore::forAddress(address);
-        } else {
-            alias = QStringLiteral("Marlowen");
-            address = storeDir.path();
-            unreachable = storeDir.file(QStringLiteral("no such folder"));
-            admin = MeetStore::forAddress(address);
-            admin->createDatabase(alias);
-        }
-        admin->connect();
-        admin->openDatabase(alias);
-        MeetSchema::create(*admin);
+        unreachable = b == StoreBackend::Postgres ? QStringLiteral("127.0.0.1:1")
+                                                  : store.dir->file(QStringLiteral("no such folder"));
     }
 
     void registerServers(const QList<ServerEntry> &list, const QString &current)
@@ -54,7 +38,7 @@ struct World {
     }
     void setVersion(quint32 version)
     {
-        admin->executeNative(QStringLiteral("update DBVersion set Version = ?"), {qint64(version)});
+        admin.executeNative(QStringLiteral("update DBVersion set Version = ?"), {qint64(version)});
     }
     std::unique_ptr<ServerConnection> connection(RecordingPrompt &prompt)
     {
@@ -65,23 +49,17 @@ struct World {
     }
     QString storedName() const { return RegisteredServers(key).currentServerName(); }
 
-    StoreBackend backend;
+    FreshStore store;
     TempDir settingsDir;
-    TempDir storeDir;
     SettingsStore key;
     QString alias;
     QString address;
     QString unreachable;
-    std::unique_ptr<MeetStore> admin;
+    MeetStore &admin;
     int titleUpdates = 0;
 };
 
 class ConnectSequence : public testing::TestWithParam<StoreBackend> {};
-
-std::string backendLabel(const testing::TestParamInfo<StoreBackend> &info)
-{
-    return info.param == StoreBackend::Sqlite ? "SQLite" : "PostgreSQL";
-}
 
 } // namespace
 
@@ -101,6 +79,18 @@ TEST_P(ConnectSequence, AGoodServerConnectsWithoutADialog)
 
 TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
 {
+    const QString mismatch = QStringLiteral("The database version you are accessing on the server \"Arena\" is %1 than the "
+                                            "database version that Kestra is expecting.");
+    const QString accessed = QStringLiteral("Database version accessed: %1\\nDatabase version expected: 5.10.5.0\\n\\n");
+    const QString olderWhy = QStringLiteral(
+        "It is most likely because your version of Kestra is newer than the version of Marlowen that was used to "
+        "create the database.  You should run Marlowen to update the database to the current version.");
+    const QString newerWhy = QStringLiteral(
+        "It is most likely because your version of Kestra is older than the version of Marlowen that was used to "
+        "create the database.  You should consider updating Kestra to the most current version.  Please visit "
+        "www.corvane.com for more information.");
+    const QString selectOther =
+        QStringLiteral("\\n\\nWould you like to select a different Marlowen Database on a different server?");
     const struct {
         const char *label;
         std::function<void(World &, ServerConnection &)> arrange;
@@ -108,44 +98,27 @@ TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
         PromptIcon icon;
         QString instruction;
         QString text;
+        bool reasonBehindExpander = false;
     } cases[] = {
         {"name in another case", [](World &w, ServerConnection &) { w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, "ARENA"); },
          "Marlowen Server Connection", PromptIcon::Error,
          "Kestra was unable to find the server \"ARENA\" in the list of registered servers.", WrongServer},
         {"address unreachable", [](World &w, ServerConnection &) { w.registerServers({{"Arena", "", w.unreachable, ""}}, "Arena"); },
          "Marlowen Server Connection", PromptIcon::Error, "Kestra was unable to connect to the server \"Arena\".",
-         WrongServer},
+         WrongServer, true},
         {"alias missing", [](World &w, ServerConnection &c) { c.setAlias(w.alias + "_absent"); },
          "Marlowen Server Connection", PromptIcon::Question,
          "The \"Marlowen\" database alias could not be found on the server \"Arena\".", LocateOrCreate},
-        {"DBVersion missing", [](World &w, ServerConnection &) { w.admin->executeNative("drop table DBVersion"); },
+        {"DBVersion missing", [](World &w, ServerConnection &) { w.admin.executeNative("drop table DBVersion"); },
          "Marlowen Server Connection", PromptIcon::Question,
          "The \"Marlowen\" database alias on the server \"Arena\" is not properly configured and cannot be used.",
          LocateOrCreate},
         {"older database", [](World &w, ServerConnection &) { w.setVersion(0x050A0400); },
-         "Database Version Mismatch", PromptIcon::Warning,
-         "The database version you are accessing on the server \"Arena\" is older than the database version that "
-         "Kestra is expecting.",
-         "Database version accessed: 5.10.4.0\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
-         "your version of Kestra is newer than the version of Marlowen that was used to create the database.  You "
-         "should run Marlowen to update the database to the current version.\\n\\nWould you like to select a "
-         "different Marlowen Database on a different server?"},
+         "Database Version Mismatch", PromptIcon::Warning, mismatch.arg("older"), accessed.arg("5.10.4.0") + olderWhy + selectOther},
         {"newer database", [](World &w, ServerConnection &) { w.setVersion(0x050A0501); },
-         "Database Version Mismatch", PromptIcon::Warning,
-         "The database version you are accessing on the server \"Arena\" is newer than the database version that "
-         "Kestra is expecting.",
-         "Database version accessed: 5.10.5.1\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
-         "your version of Kestra is older than the version of Marlowen that was used to create the database.  You "
-         "should consider updating Kestra to the most current version.  Please visit www.corvane.com for more "
-         "information.\\n\\nWould you like to select a different Marlowen Database on a different server?"},
+         "Database Version Mismatch", PromptIcon::Warning, mismatch.arg("newer"), accessed.arg("5.10.5.1") + newerWhy + selectOther},
         {"a far newer database", [](World &w, ServerConnection &) { w.setVersion(0xFF000000); },
-         "Database Version Mismatch", PromptIcon::Warning,
-         "The database version you are accessing on the server \"Arena\" is newer than the database version that "
-         "Kestra is expecting.",
-         "Database version accessed: 255.0.0.0\\nDatabase version expected: 5.10.5.0\\n\\nIt is most likely because "
-         "your version of Kestra is older than the version of Marlowen that was used to create the database.  You "
-         "should consider updating Kestra to the most current version.  Please visit www.corvane.com for more "
-         "information.\\n\\nWould you like to select a different Marlowen Database on a different server?"},
+         "Database Version Mismatch", PromptIcon::Warning, mismatch.arg("newer"), accessed.arg("255.0.0.0") + newerWhy + selectOther},
     };
     for (const auto &k : cases) {
         SCOPED_TRACE(k.label);
@@ -166,27 +139,17 @@ TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
         EXPECT_EQ(m.buttons, PromptButtons::YesNoDefaultNo);
         EXPECT_EQ(m.instruction, k.instruction);
         EXPECT_EQ(m.text, k.text);
+        if (k.reasonBehindExpander) {
+            EXPECT_EQ(m.detailsCollapsedLabel, QStringLiteral("Show reason"));
+            EXPECT_EQ(m.detailsExpandedLabel, QStringLiteral("Hide reason"));
+            EXPECT_EQ(m.details, QStringLiteral("The reason is:\r") + c->reason());
+            EXPECT_TRUE(m.details.contains(w.unreachable)) << m.details.toStdString();
+        }
         EXPECT_EQ(chooserCalls, 0) << "No gives up without the server list";
         EXPECT_FALSE(c->isConnected());
         EXPECT_EQ(w.storedName(), before);
         EXPECT_EQ(w.titleUpdates, 0);
     }
-}
-
-TEST_P(ConnectSequence, AnUnreachableServerTellsTheReasonBehindAnExpander)
-{
-    World w(GetParam());
-    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
-    RecordingPrompt prompt;
-    auto c = w.connection(prompt);
-    EXPECT_FALSE(c->connectAtStartup());
-    ASSERT_EQ(prompt.messages.size(), 1u);
-    const PromptMessage &m = prompt.messages.front();
-    EXPECT_EQ(m.detailsCollapsedLabel, QStringLiteral("Show reason"));
-    EXPECT_EQ(m.detailsExpandedLabel, QStringLiteral("Hide reason"));
-    EXPECT_TRUE(m.details.startsWith(QStringLiteral("The reason is:\r"))) << m.details.toStdString();
-    EXPECT_TRUE(m.details.contains(w.unreachable)) << m.details.toStdString();
-    EXPECT_EQ(m.details, QStringLiteral("The reason is:\r") + c->reason());
 }
 
 TEST_P(ConnectSequence, YesOpensTheServerListAndTheChoiceIsStoredBeforeItIsTried)
@@ -308,8 +271,7 @@ TEST_P(ConnectSequence, ARunConnectsByNameOrAddressAndWritesNothingShared)
     EXPECT_TRUE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, &error));
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, ConnectSequence,
-                         testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres), backendLabel);
+KESTRA_BOTH_BACKENDS(ConnectSequence);
 
 TEST(ConnectSequenceOnPostgres, TheAddressWinsAndTheHostNameIsTheFallback)
 {

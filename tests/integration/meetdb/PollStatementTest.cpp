@@ -1,5 +1,7 @@
-// The score poll, composed line by line as the generator composes it, on both engines.
+// The score poll the generator composes, run on both engines.
 #include "StoreFixture.h"
+
+#include "generator/ScorePoll.h"
 
 #include <QDateTime>
 
@@ -7,31 +9,6 @@ using namespace kestra;
 using namespace kestra::test;
 
 namespace {
-
-// The poll statement for one event with the session boxes' texts (the first
-// box primary, the others consulted only when it is filled).
-QString pollStatement(int meet, int eventId, int event, const QStringList &boxes)
-{
-    QStringList sql;
-    sql << QStringLiteral("select ScoreQueue.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2");
-    sql << QStringLiteral("where s.MeetID = ") + QString::number(meet);
-    sql << QStringLiteral("and s.EventID = ") + QString::number(eventId);
-    sql << QStringLiteral("and s.Event = ") + QString::number(event);
-    sql << QStringLiteral("and g1.meetid = s.meetid");
-    sql << QStringLiteral("and g1.num = s.num");
-    sql << QStringLiteral("and g1.gym = g2.gymid");
-    if (!boxes.value(0).isEmpty()) {
-        sql << QStringLiteral("and (s.Session = ") + SqlDialect::quoteString(boxes[0]);
-        for (int i = 1; i < boxes.size(); ++i) {
-            if (!boxes[i].isEmpty())
-                sql << QStringLiteral("or s.Session = ") + SqlDialect::quoteString(boxes[i]);
-        }
-        sql << QStringLiteral(")");
-    }
-    sql << QStringLiteral("and s.DataID not in (select DataId from QueueDone where AppID = 4)");
-    sql << QStringLiteral("order by s.DT");
-    return sql.join(QStringLiteral("\r\n"));
-}
 
 QDateTime at(int second)
 {
@@ -57,9 +34,14 @@ protected:
         s.execute(QStringLiteral("insert into QueueDone (AppID, DataID) values (2, %1)").arg(summit));
     }
 
-    QList<int> polled(const QStringList &boxes)
+    // Meet 1, event group 1, apparatus 1, as the generator composes it.
+    QueryResult poll(const SessionBoxes &boxes)
     {
-        QueryResult r = f.store->query(pollStatement(1, 1, 1, boxes));
+        return f.store->query(ScoreQueueSql(1, 1, 1, boxes).join(QStringLiteral("\r\n")));
+    }
+    QList<int> polled(const SessionBoxes &boxes)
+    {
+        QueryResult r = poll(boxes);
         QList<int> ids;
         for (; !r.eof(); r.next())
             ids << r.value(QStringLiteral("DataID")).toInt();
@@ -74,7 +56,7 @@ protected:
 
 TEST_P(PollStatement, ReturnsTheOldestUnhandledRowOfTheEventWithTheGymName)
 {
-    QueryResult r = f.store->query(pollStatement(1, 1, 1, {QStringLiteral("1"), QString(), QString(), QString()}));
+    QueryResult r = poll({"1", "", "", ""});
     ASSERT_EQ(r.recordCount(), 2); // the waiting count is one less
     EXPECT_EQ(r.value(QStringLiteral("DataID")).toInt(), summit);
     EXPECT_EQ(r.value(QStringLiteral("Short Name")).toString(), QStringLiteral("Summit"));

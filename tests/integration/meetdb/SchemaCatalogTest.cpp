@@ -2,7 +2,6 @@
 // written out by hand.
 #include "StoreFixture.h"
 
-#include <QSet>
 
 using namespace kestra;
 using namespace kestra::test;
@@ -127,14 +126,10 @@ protected:
 
 TEST_P(SchemaCatalog, HasEveryTableInDictionaryOrder)
 {
-    const QStringList names = f.store->tableNames();
-    ASSERT_EQ(names.size(), 38);
-    EXPECT_EQ(names.first(), QStringLiteral("Category"));
-    EXPECT_EQ(names.mid(16, 2), (QStringList{"Meets", "Gymnasts"}));
-    EXPECT_EQ(names.mid(29, 3), (QStringList{"ScoreApps", "ScoreQueue", "QueueDone"}));
-    EXPECT_EQ(names.last(), QStringLiteral("Triggers"));
+    QStringList schema;
     for (const TableDef &t : MeetSchema::tables())
-        EXPECT_TRUE(names.contains(t.name)) << t.name.toStdString();
+        schema << t.name;
+    EXPECT_EQ(f.store->tableNames(), schema);
 }
 
 TEST_P(SchemaCatalog, ScoringTablesHaveTheirColumnsAndTypes)
@@ -189,14 +184,18 @@ TEST_P(SchemaCatalog, GymnastsHasAllItsFields)
 {
     const QStringList cols = catalogColumns(QStringLiteral("Gymnasts"));
     ASSERT_EQ(cols.size(), 196);
-    EXPECT_EQ(cols[0], expected({{"MeetID", "INT", "integer", true}})[0]);
-    EXPECT_EQ(cols[1], expected({{"Num", "SMALLINT", "smallint", true}})[0]);
-    EXPECT_EQ(cols[32], expected({{"E1Final", "FLOAT", "real", false}})[0]);
-    EXPECT_EQ(cols[86], expected({{"E7AAFinal", "FLOAT", "real", false}})[0]);
-    EXPECT_EQ(cols[95], expected({{"AAFlag", "BOOLEAN", "boolean", false}})[0]);
-    EXPECT_EQ(cols[167], expected({{"E1SaveTime", "DATETIME", "timestamp without time zone", false}})[0]);
-    EXPECT_EQ(cols[180], expected({{"E7Status", "VARCHAR(8)", "character varying(8)", false}})[0]);
-    EXPECT_EQ(cols[195], expected({{"E7EBonus", "FLOAT", "real", false}})[0]);
+    const std::vector<std::pair<int, Column>> at = {
+        {0, {"MeetID", "INT", "integer", true}},
+        {1, {"Num", "SMALLINT", "smallint", true}},
+        {32, {"E1Final", "FLOAT", "real", false}},
+        {86, {"E7AAFinal", "FLOAT", "real", false}},
+        {95, {"AAFlag", "BOOLEAN", "boolean", false}},
+        {118, {"E1Hold", "SMALLINT", "smallint", false}},
+        {167, {"E1SaveTime", "DATETIME", "timestamp without time zone", false}},
+        {180, {"E7Status", "VARCHAR(8)", "character varying(8)", false}},
+        {195, {"E7EBonus", "FLOAT", "real", false}}};
+    for (const auto &[index, column] : at)
+        EXPECT_EQ(cols[index], expected({column})[0]);
 }
 
 TEST_P(SchemaCatalog, IndexesCarryTheTableInTheirNames)
@@ -258,14 +257,6 @@ TEST_P(SchemaCatalog, ReferencesCarryTheirRules)
                            fk("Meets", "RESTRICT/CASCADE", "MeetID->MeetID")}));
     EXPECT_EQ(foreignKeys(QStringLiteral("JudgePanels")).size(), 3);
     EXPECT_TRUE(foreignKeys(QStringLiteral("Host")).isEmpty());
-}
-
-TEST_P(SchemaCatalog, HoldsTheVersionRow)
-{
-    QueryResult r = f.store->query(QStringLiteral("select Version from DBVersion"));
-    ASSERT_EQ(r.recordCount(), 1);
-    EXPECT_EQ(r.value(QStringLiteral("version")).toLongLong(), 0x050A0500);
-    EXPECT_EQ(MeetSchema::formatVersion(quint32(r.value(0).toLongLong())), QStringLiteral("5.10.5.0"));
 }
 
 KESTRA_BOTH_BACKENDS(SchemaCatalog);
