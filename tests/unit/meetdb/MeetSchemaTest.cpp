@@ -134,26 +134,6 @@ TEST(MeetSchema, NamesAreConsistentAcrossTablesAndEngines)
               QStringLiteral("gymnasts_$sql$foreignkey$detail$index#2$meets"));
 }
 
-TEST(MeetSchema, DeclaredTypesLetTheStoreRecogniseEachKind)
-{
-    const TableDef *g = MeetSchema::table(QStringLiteral("Gymnasts"));
-    const std::vector<std::tuple<const char *, const char *, const char *>> types = {
-        {"E1Final", "FLOAT", "real"},          {"Scratched", "BOOLEAN", "boolean"},
-        {"Birthday", "DATE", "date"},          {"E1SaveTime", "DATETIME", "timestamp(3)"},
-        {"Num", "SMALLINT", "smallint"},       {"MeetID", "INT", "integer"},
-        {"First_Name", "VARCHAR(20)", "varchar(20)"}};
-    for (const auto &[field, lite, pg] : types) {
-        EXPECT_EQ(MeetSchema::columnType(*g->field(QString::fromLatin1(field)), StoreBackend::Sqlite),
-                  QString::fromLatin1(lite));
-        EXPECT_EQ(MeetSchema::columnType(*g->field(QString::fromLatin1(field)), StoreBackend::Postgres),
-                  QString::fromLatin1(pg));
-    }
-    const FieldDef version = MeetSchema::table(QStringLiteral("DBVersion"))->fields[0];
-    EXPECT_EQ(MeetSchema::columnType(version, StoreBackend::Postgres), QStringLiteral("bigint"));
-    const FieldDef open = *MeetSchema::table(QStringLiteral("Sessions"))->field(QStringLiteral("Open_Warmup"));
-    EXPECT_EQ(MeetSchema::columnType(open, StoreBackend::Sqlite), QStringLiteral("TIME"));
-}
-
 TEST(MeetSchema, StatementsCreateEachParentBeforeItsChildren)
 {
     // The keys and indexes the statements make are read back from the
