@@ -4,20 +4,17 @@
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
 
+#include "integration/app/ChildProgram.h"
 #include "integration/app/SeededMain.h"
 
 #include <ostream>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QNetworkDatagram>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QSerialPort>
 #include <QUdpSocket>
 
 #include <algorithm>
-#include <csignal>
 #include <map>
 #include <vector>
 
@@ -29,11 +26,6 @@ namespace {
 QString S(const char *text)
 {
     return QString::fromUtf8(text);
-}
-
-QString headlessProgram()
-{
-    return buildDir() + S("/src/app/kestra-headless");
 }
 
 // What a board shows, frame by frame: each new competitor in an event slot.
@@ -83,49 +75,13 @@ struct BoardView {
 };
 
 // kestra-headless as a child with settings of its own.
-class Headless {
-public:
+struct Headless : ChildProgram {
     Headless(const TempDir &home, const QStringList &arguments)
+        : ChildProgram("src/app/kestra-headless", arguments, &home)
     {
-        if (!QFileInfo::exists(headlessProgram()))
-            ADD_FAILURE() << "kestra-headless is not built: " << headlessProgram().toStdString();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(S("XDG_CONFIG_HOME"), home.file(S("config")));
-        env.insert(S("XDG_STATE_HOME"), home.file(S("state")));
-        m_process.setProcessEnvironment(env);
-        m_process.start(headlessProgram(), arguments);
-        EXPECT_TRUE(m_process.waitForStarted(5000));
     }
-    ~Headless()
-    {
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.kill();
-            m_process.waitForFinished(5000);
-        }
-    }
-    // Ends the run as a service manager does; answers the exit status, -1
-    // when it did not end by itself.
-    int terminate()
-    {
-        ::kill(pid_t(m_process.processId()), SIGTERM);
-        return finish();
-    }
-    int finish(int ms = 20000)
-    {
-        if (!m_process.waitForFinished(ms) || m_process.exitStatus() != QProcess::NormalExit)
-            return -1;
-        return m_process.exitCode();
-    }
-    QString errors()
-    {
-        m_err += QString::fromLocal8Bit(m_process.readAllStandardError());
-        return m_err;
-    }
-    QProcess &process() { return m_process; }
-
-private:
-    QProcess m_process;
-    QString m_err;
+    // Ends the run as a service manager does.
+    int terminate() { return signal(SIGTERM); }
 };
 
 class HeadlessProcessTest : public testing::Test {
@@ -136,8 +92,6 @@ protected:
 
     void SetUp() override
     {
-        QDir(home.path()).mkpath(S("config"));
-        QDir(home.path()).mkpath(S("state"));
         store = seedMeet(meet.path());
     }
 
@@ -210,10 +164,8 @@ TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
 {
     Headless run(home, {S("--store"), meet.path(), S("--set"), S("Options/COMPort=UDP"), S("--set"),
                         S("Options/UDPPort=9"), S("--set"), S("Options/IPAddr=127.0.0.1")});
-    ASSERT_TRUE(waitUntil([&] { return run.errors().contains(S("running:")); }, std::chrono::seconds(20)))
-        << run.errors().toStdString();
-    ::kill(pid_t(run.process().processId()), SIGINT);
-    EXPECT_EQ(run.finish(), 0) << run.errors().toStdString();
+    ASSERT_TRUE(run.waitForError(S("running:"), std::chrono::seconds(20))) << run.errors().toStdString();
+    EXPECT_EQ(run.signal(SIGINT), 0) << run.errors().toStdString();
     EXPECT_TRUE(run.errors().contains(S("stopping"))) << run.errors().toStdString();
     EXPECT_TRUE(queueDone().isEmpty());
 }
@@ -250,8 +202,7 @@ TEST(HeadlessLostServerTest, aServerThatGoesAwayEndsTheRunWithAFailure)
     TempDir home;
     Headless run(home, {S("--store"), address, S("--set"), S("Options/COMPort=UDP"), S("--set"),
                         S("Options/UDPPort=9"), S("--set"), S("Options/IPAddr=127.0.0.1")});
-    ASSERT_TRUE(waitUntil([&] { return run.errors().contains(S("running:")); }, std::chrono::seconds(20)))
-        << run.errors().toStdString();
+    ASSERT_TRUE(run.waitForError(S("running:"), std::chrono::seconds(20))) << run.errors().toStdString();
     server.stop();
     // The next poll finds the server gone: the operator is told, and the run
     // ends for its supervisor to start again.
@@ -307,11 +258,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(HeadlessProcessHelpTest, helpNamesTheOptionsAndEndsWell)
 {
-    QProcess process;
-    process.start(headlessProgram(), {S("--help")});
-    ASSERT_TRUE(process.waitForFinished(10000));
-    EXPECT_EQ(process.exitCode(), 0);
-    const QString out = QString::fromLocal8Bit(process.readAllStandardOutput());
+    ChildProgram help("src/app/kestra-headless", {S("--help")});
+    EXPECT_EQ(help.finish(10000), 0);
+    const QString out = help.output();
     EXPECT_TRUE(out.startsWith(S("Usage: kestra-headless"))) << out.toStdString();
     EXPECT_TRUE(out.contains(S("--set Section/Name=Value")));
 }

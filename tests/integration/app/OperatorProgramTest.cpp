@@ -1,15 +1,13 @@
 // kestra, the operator program, as a process under the offscreen platform:
 // it comes up on the server in use, and a signal closes it as the operator
 // would, so the close writes the display target back.
+#include "integration/app/ChildProgram.h"
 #include "integration/app/SeededMain.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QProcessEnvironment>
 
-#include <csignal>
 
 using namespace kestra;
 using namespace kestra::test;
@@ -24,7 +22,7 @@ QString S(const char *text)
 class OperatorProgramTest : public testing::Test {
 protected:
     TempDir home;
-    QProcess process;
+    std::unique_ptr<ChildProgram> program;
 
     void writeKey(const char *file, const QByteArray &text)
     {
@@ -38,36 +36,18 @@ protected:
         QFile key(home.file(S("config/Corvane/") + S(file)));
         return key.open(QIODevice::ReadOnly) ? key.readAll() : QByteArray();
     }
-    void start()
+    void SetUp() override
     {
-        const QString program = buildDir() + S("/src/app/kestra");
-        if (!QFileInfo::exists(program))
+        if (!QFileInfo::exists(builtProgram("src/app/kestra")))
             GTEST_SKIP() << "kestra is not built (no widgets in this build)";
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(S("QT_QPA_PLATFORM"), S("offscreen"));
-        env.insert(S("XDG_CONFIG_HOME"), home.file(S("config")));
-        env.insert(S("XDG_STATE_HOME"), home.file(S("state")));
-        process.setProcessEnvironment(env);
-        process.start(program, {});
-        ASSERT_TRUE(process.waitForStarted(5000));
     }
-    // Gives the program time to come up, then the signal; the exit status,
-    // -1 when it did not end by itself.
+    void start() { program = std::make_unique<ChildProgram>("src/app/kestra", QStringList(), &home); }
+    // Gives the program time to come up, then the signal; the exit status.
     int terminateAfter(std::chrono::milliseconds upTime)
     {
         waitUntil([] { return false; }, upTime);
-        EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
-        ::kill(pid_t(process.processId()), SIGTERM);
-        if (!process.waitForFinished(15000) || process.exitStatus() != QProcess::NormalExit)
-            return -1;
-        return process.exitCode();
-    }
-    ~OperatorProgramTest() override
-    {
-        if (process.state() != QProcess::NotRunning) {
-            process.kill();
-            process.waitForFinished(5000);
-        }
+        EXPECT_EQ(program->process().state(), QProcess::Running) << program->errors().toStdString();
+        return program->signal(SIGTERM, 15000);
     }
 };
 
@@ -79,7 +59,7 @@ TEST_F(OperatorProgramTest, aSignalClosesTheWindowInOrderAndTheTargetIsStored)
                              "Host=" + meet.toUtf8() + "\nLocation=Local PC\n");
     writeKey("Kestra.ini", "[Options]\nUseBarco=1\n");
     start();
-    EXPECT_EQ(terminateAfter(std::chrono::seconds(4)), 0) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(terminateAfter(std::chrono::seconds(4)), 0) << program->errors().toStdString();
     const QByteArray key = readKey("Kestra.ini");
     // Only the close writes these.
     EXPECT_TRUE(key.contains("UseDaktronics=0")) << key.toStdString();
@@ -94,7 +74,7 @@ TEST_F(OperatorProgramTest, endingWhileTheServerListIsUpGivesUpWithoutAWindow)
     // No server in use: the list opens first, before any window.
     start();
     const int status = terminateAfter(std::chrono::seconds(3));
-    EXPECT_EQ(status, 1) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(status, 1) << program->errors().toStdString();
     EXPECT_FALSE(readKey("Kestra.ini").contains("UseDaktronics"));
 }
 

@@ -3,14 +3,14 @@
 // decoder and the virtual board tool on the other.
 #include "OutputStation.h"
 
+#include "integration/app/ChildProgram.h"
+
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
 #include "outputs/EventSlot.h"
 #include "support/TestSupport.h"
 
-#include <QFileInfo>
 #include <QNetworkDatagram>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QUdpSocket>
 
@@ -88,58 +88,8 @@ TEST(UdpPath, AScoreGoesOutAsOneDatagramPerFrame)
 namespace {
 
 // kestra-board as a child process.
-class BoardProcess {
-public:
-    explicit BoardProcess(const QStringList &arguments)
-    {
-        const QString program = buildDir() + QStringLiteral("/tools/kestra-board");
-        if (!QFileInfo::exists(program))
-            ADD_FAILURE() << "kestra-board is not built: " << program.toStdString();
-        m_process.start(program, arguments);
-        EXPECT_TRUE(m_process.waitForStarted(5000));
-    }
-    ~BoardProcess()
-    {
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.kill();
-            m_process.waitForFinished(5000);
-        }
-    }
-    // Waits for a line of standard output that matches.
-    QString waitForLine(const QString &pattern)
-    {
-        const QRegularExpression re(pattern);
-        QString found;
-        waitUntil([&] {
-            m_out += QString::fromLocal8Bit(m_process.readAllStandardOutput());
-            for (const QString &line : m_out.split(QLatin1Char('\n'))) {
-                if (re.match(line).hasMatch()) {
-                    found = line;
-                    return true;
-                }
-            }
-            return false;
-        });
-        return found;
-    }
-    QString waitForError(const QString &pattern)
-    {
-        QString found;
-        waitUntil([&] {
-            m_err += QString::fromLocal8Bit(m_process.readAllStandardError());
-            if (m_err.contains(pattern))
-                found = m_err;
-            return !found.isEmpty();
-        });
-        return found;
-    }
-    QProcess &process() { return m_process; }
-    const QString &output() const { return m_out; }
-
-private:
-    QProcess m_process;
-    QString m_out;
-    QString m_err;
+struct BoardProcess : ChildProgram {
+    explicit BoardProcess(const QStringList &arguments) : ChildProgram("tools/kestra-board", arguments) {}
 };
 
 } // namespace
@@ -166,15 +116,11 @@ TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
     // A corrupted frame is told on standard error and changes nothing.
     QByteArray bad("\x16" "00000000" "\x01" "00401" "03429" "\x02" "9.999 " "\x04" "8D" "\x17");
     ASSERT_EQ(station.transport.SendDeviceData(bad), DeviceErrors::Success);
-    EXPECT_FALSE(board.waitForError(QStringLiteral("bad frame: checksum")).isEmpty());
+    EXPECT_TRUE(board.waitForError(QStringLiteral("bad frame: checksum")));
 
-    ::kill(pid_t(board.process().processId()), SIGINT);
-    ASSERT_TRUE(board.process().waitForFinished(5000));
-    EXPECT_EQ(board.process().exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(board.process().exitCode(), 0);
-    const QString rest = board.output() + QString::fromLocal8Bit(board.process().readAllStandardOutput());
-    EXPECT_TRUE(rest.contains(QStringLiteral("board closed")));
-    EXPECT_FALSE(rest.contains(QStringLiteral("9.999")));
+    EXPECT_EQ(board.signal(SIGINT, 5000), 0);
+    EXPECT_TRUE(board.output().contains(QStringLiteral("board closed")));
+    EXPECT_FALSE(board.output().contains(QStringLiteral("9.999")));
 }
 
 TEST(VirtualBoard, ReadsASerialLine)
@@ -193,7 +139,5 @@ TEST(VirtualBoard, ReadsASerialLine)
     EXPECT_FALSE(board.waitForLine(QStringLiteral("LEADER 2  All-Around")).isEmpty()) << board.output().toStdString();
     EXPECT_FALSE(board.waitForLine(QStringLiteral("1  Ana Bell +38\\.450  @ Harbor")).isEmpty())
         << board.output().toStdString();
-    board.process().terminate();
-    ASSERT_TRUE(board.process().waitForFinished(5000));
-    EXPECT_EQ(board.process().exitCode(), 0);
+    EXPECT_EQ(board.signal(SIGTERM, 5000), 0);
 }
