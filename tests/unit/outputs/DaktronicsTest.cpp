@@ -39,13 +39,6 @@ protected:
 
 } // namespace
 
-TEST(DaktronicsFrame, TheDBonusExample)
-{
-    EXPECT_EQ(DaktronicsFrame(3429, QByteArrayView("0.100 ")),
-              QByteArray("\x16" "00000000" "\x01" "00401" "03429" "\x02" "0.100 " "\x04" "8D" "\x17"));
-    EXPECT_EQ(DaktronicsFrame(3429, QByteArrayView("0.100 ")).size(), 6 + 25);
-}
-
 TEST_F(DaktronicsTest, SlotOneEventLineGoesToAddressZero)
 {
     record.pack(layout::eventTitle(1), QStringLiteral("VAULT"));

@@ -132,10 +132,3 @@ TEST(DisplayRecord, ClearNcaaBlanksTheThreeNcaaRegionsOnly)
     EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
 }
 
-TEST(DisplayRecord, TextIsRawWithTrailingSpaces)
-{
-    DisplayRecord record;
-    record.pack(layout::eventTitle(1), QStringLiteral("VAULT"));
-    EXPECT_EQ(record.text(layout::eventTitle(1)), QStringLiteral("VAULT "));
-    EXPECT_EQ(record.read(layout::eventNum(1)), QByteArray("    "));
-}
