@@ -335,29 +335,17 @@ TEST(MainWindowLayoutTest, controlsOutsideThePlanAreStillDrawn)
     EXPECT_NE(window.findChild<QPushButton *>(S("Button1")), nullptr);
 }
 
-struct FilterCase {
-    const char *given;
-    const char *shown;
-};
-
-void PrintTo(const FilterCase &c, std::ostream *os)
+TEST(FileDialogFilters, patternsInBothCases)
 {
-    *os << '"' << c.given << '"';
+    const char *cases[][2] = {{"Text Files|*.TXT", "Text Files (*.TXT *.txt)"},
+                              {"XML Files|*.XML", "XML Files (*.XML *.xml)"},
+                              {"All Files|*.*", "All Files (*.*)"},
+                              {"Logs|*.LOG;*.txt", "Logs (*.LOG *.log *.txt)"},
+                              {"", ""},
+                              {"no bar", ""},
+                              {"Empty|", ""}};
+    for (const auto &c : cases)
+        EXPECT_EQ(fileDialogFilter(S(c[0])), S(c[1])) << '"' << c[0] << '"';
 }
-
-class FileDialogFilters : public testing::TestWithParam<FilterCase> {};
-
-TEST_P(FileDialogFilters, patternsInBothCases)
-{
-    EXPECT_EQ(fileDialogFilter(S(GetParam().given)), S(GetParam().shown));
-}
-
-INSTANTIATE_TEST_SUITE_P(LiveMainWindowTest, FileDialogFilters,
-                         testing::Values(FilterCase{"Text Files|*.TXT", "Text Files (*.TXT *.txt)"},
-                                         FilterCase{"XML Files|*.XML", "XML Files (*.XML *.xml)"},
-                                         FilterCase{"All Files|*.*", "All Files (*.*)"},
-                                         FilterCase{"Logs|*.LOG;*.txt", "Logs (*.LOG *.log *.txt)"},
-                                         FilterCase{"", ""}, FilterCase{"no bar", ""},
-                                         FilterCase{"Empty|", ""}));
 
 } // namespace

@@ -47,6 +47,12 @@ QString realDevice(const QString &link)
     return QFileInfo(link).canonicalFilePath();
 }
 
+void attach(DeviceTransport &transport, const QString &device)
+{
+    transport.setPortName(device);
+    transport.setBaseAddress(760);
+}
+
 } // namespace
 
 // Every byte value gets through unaltered: the writer's frames are checked
@@ -57,8 +63,7 @@ TEST(SerialLine, ALargeFrameReachesThePortWhole)
     PtyPair cable;
     SerialReader board(cable.deviceB());
     DeviceTransport transport;
-    transport.setPortName(cable.deviceA()); // the link itself, not only /dev paths
-    transport.setBaseAddress(760);
+    attach(transport, cable.deviceA()); // the link itself, not only /dev paths
     QByteArray big(5701, 'x');
     for (int i = 0; i < big.size(); ++i)
         big[i] = char(i % 251);
@@ -70,8 +75,7 @@ TEST(SerialLine, AnUnpluggedAdapterGivesCodeTwoOnEverySend)
 {
     auto cable = std::make_unique<PtyPair>();
     DeviceTransport transport;
-    transport.setPortName(realDevice(cable->deviceA()));
-    transport.setBaseAddress(760);
+    attach(transport, realDevice(cable->deviceA()));
     {
         SerialReader board(cable->deviceB());
         ASSERT_EQ(transport.SendDeviceData("hello"), DeviceErrors::Success);
@@ -89,13 +93,11 @@ TEST(SerialLine, APortHeldByAnotherProgramFailsToOpenUntilFree)
 {
     PtyPair cable;
     DeviceTransport holder;
-    holder.setPortName(realDevice(cable.deviceA()));
-    holder.setBaseAddress(760);
+    attach(holder, realDevice(cable.deviceA()));
     ASSERT_EQ(holder.OpenPort(), DeviceErrors::Success);
 
     DeviceTransport second;
-    second.setPortName(realDevice(cable.deviceA()));
-    second.setBaseAddress(760);
+    attach(second, realDevice(cable.deviceA()));
     EXPECT_EQ(second.SendDeviceData("x"), DeviceErrors::PortOpenFailed);
     EXPECT_EQ(second.SendDeviceData("x"), DeviceErrors::PortOpenFailed);
     holder.ClosePort();

@@ -14,6 +14,8 @@
 using namespace kestra;
 using namespace kestra::test;
 
+// How a failure is put to the operator, and the frames' checksums, are held
+// byte for byte by the line fill and Daktronics writer tests.
 TEST(DeviceErrorText, TheWholeTable)
 {
     const char *texts[] = {
@@ -34,29 +36,6 @@ TEST(DeviceErrorText, TheWholeTable)
         EXPECT_EQ(DeviceErrorText(code), QString::fromLatin1(texts[code])) << code;
     EXPECT_EQ(DeviceErrorText(12), QStringLiteral("Unknown error code"));
     EXPECT_EQ(DeviceErrorText(0xFFFFFFFFu), QStringLiteral("Unknown error code"));
-}
-
-TEST(ShowDeviceError, OneStopBoxWithContextTwoReturnsAndText)
-{
-    RecordingPrompt prompt;
-    ShowDeviceError(prompt, QStringLiteral("Error blanking event score"), 9);
-    ASSERT_EQ(prompt.messages.size(), 1u);
-    const PromptMessage &m = prompt.messages.front();
-    EXPECT_EQ(m.caption, QStringLiteral("Device Communication Error"));
-    EXPECT_EQ(m.text, QStringLiteral("Error blanking event score\r\rError opening COM port"));
-    EXPECT_EQ(m.icon, PromptIcon::Error);
-    EXPECT_EQ(m.buttons, PromptButtons::Ok);
-}
-
-TEST(DaktronicsChecksum, SumModulo256InTwoUpperCaseHexDigits)
-{
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView()), QByteArray("00"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\x0a")), QByteArray("0A"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\xff")), QByteArray("FF"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\x80\x80")), QByteArray("00"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("\xff\x02")), QByteArray("01"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArray(256, '\x01')), QByteArray("00"));
-    EXPECT_EQ(DaktronicsChecksum(QByteArrayView("AB")), QByteArray("83"));
 }
 
 TEST(DeviceTransport, PortNamesOpenTheirDevices)
