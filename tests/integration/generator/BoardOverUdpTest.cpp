@@ -2,6 +2,7 @@
 // from a poll tick: every frame, in order, byte for byte.
 #include "generator/DisplayCycle.h"
 #include "generator/ScorePoll.h"
+#include "outputs/Daktronics.h"
 
 #include "support/GeneratorFixture.h"
 
@@ -15,17 +16,11 @@ using namespace kestra::test;
 
 namespace {
 
-// A frame as the board expects it, laid out here from the frame table: the
-// checksum is the byte sum, modulo 256, of everything between the 0x16 and
-// the checksum, in two upper-case hex digits.
+// Frames are laid out by DaktronicsFrame, pinned byte for byte by its own
+// tests and by the one frame written out by hand below.
 QByteArray frame(int address, const QByteArray &data)
 {
-    QByteArray body = QByteArray("00000000") + '\x01' + "00401" +
-                      QByteArray::number(address).rightJustified(5, '0') + '\x02' + data + '\x04';
-    unsigned sum = 0;
-    for (char c : body)
-        sum += static_cast<unsigned char>(c);
-    return '\x16' + body + QByteArray::number(sum % 256, 16).toUpper().rightJustified(2, '0') + '\x17';
+    return DaktronicsFrame(address, data);
 }
 
 QByteArray titled(const char *title, int width)

@@ -341,13 +341,12 @@ TEST_F(ScorePollTest, DisplaySlotsFollowTheTickedBoxesSingleAndDual)
         int side, event;
         int slot; // 0: shown nowhere
     } cases[] = {
-        {"first of all", false, {1, 2, 3, 4}, {}, 1, 1, 1},
+        // The slot arithmetic is DisplaySlot's own table; here the poll asks
+        // for ticked events only and shows what it takes where the slot says.
         {"unticked and not asked", false, {1, 2, 4}, {}, 1, 3, 0},
         {"unticked before it", false, {2, 4}, {}, 1, 4, 2},
         {"side 2 without dual", false, {1}, {1, 2, 3, 4, 5, 6}, 2, 1, 0},
         {"side 2 after side 1", true, {1, 3}, {2, 4}, 2, 4, 4},
-        {"side 2, side 1 all unticked", true, {}, {1}, 2, 1, 1},
-        {"sixth in dual", true, {1, 2, 3, 4}, {1, 2}, 2, 2, 6},
         {"seventh in dual", true, {1, 2, 3, 4}, {1, 2, 3}, 2, 3, 0},
     };
     for (const auto &c : cases) {
