@@ -58,6 +58,20 @@ QString describeFailure(std::exception_ptr error)
     }
 }
 
+// Moves a cursor to the row the operator chose in a lookup; true when that
+// changed the lookup's key.
+bool followLookup(LogicalControl &lookup, TableCursor *cursor, const QString &keyField)
+{
+    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
+    const int index = lookup.currentIndex();
+    if (index < 0 || index >= keys.size() || !cursor)
+        return false;
+    const QVariant before = lookup.property(QStringLiteral("key"));
+    lookup.setProperty(QStringLiteral("key"), keys[index]);
+    cursor->locate(keyField, {keys[index]});
+    return before.isNull() || before.toLongLong() != keys[index].toLongLong();
+}
+
 } // namespace
 
 const QStringList &KestraMain::targetButtons()
@@ -908,30 +922,14 @@ void KestraMain::selectLastMeet()
 
 void KestraMain::meetSelectorClicked()
 {
-    LogicalControl &lookup = c(QStringLiteral("dblcboMeets"));
-    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
-    const int index = lookup.currentIndex();
-    if (index < 0 || index >= keys.size() || !m_meets)
-        return;
-    const QVariant before = lookup.property(QStringLiteral("key"));
-    lookup.setProperty(QStringLiteral("key"), keys[index]);
-    m_meets->locate(QStringLiteral("MeetID"), {keys[index]});
-    if (before.isNull() || before.toLongLong() != keys[index].toLongLong())
+    if (followLookup(c(QStringLiteral("dblcboMeets")), m_meets.get(), QStringLiteral("MeetID")))
         dblcboMeetsChange();
 }
 
 void KestraMain::eventSelectorClicked(int side)
 {
-    LogicalControl &lookup = c(QStringLiteral("dblcboEvent%1").arg(side));
     TableCursor *cursor = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
-    const int index = lookup.currentIndex();
-    if (index < 0 || index >= keys.size() || !cursor)
-        return;
-    const QVariant before = lookup.property(QStringLiteral("key"));
-    lookup.setProperty(QStringLiteral("key"), keys[index]);
-    cursor->locate(QStringLiteral("EventID"), {keys[index]});
-    if (before.isNull() || before.toLongLong() != keys[index].toLongLong())
+    if (followLookup(c(QStringLiteral("dblcboEvent%1").arg(side)), cursor, QStringLiteral("EventID")))
         dblcboEvent1Change(side);
 }
 
