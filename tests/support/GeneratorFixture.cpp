@@ -22,6 +22,12 @@ QString composed(const char *stem, int event, int side)
     return QLatin1String(stem) + QString::number(event) + QString::number(side);
 }
 
+// The field of a cursor's current row; null without one.
+QVariant rowValue(const std::unique_ptr<TableCursor> &cursor, const QString &field)
+{
+    return cursor && cursor->isOpen() && cursor->hasRow() ? cursor->value(field) : QVariant();
+}
+
 } // namespace
 
 DeviceError RecordingWriter::note(const QString &call)
@@ -115,16 +121,6 @@ TableCursor *GeneratorFixture::table(const QString &name)
         return m_gymnasts.get();
     return nullptr;
 }
-
-namespace {
-
-// The field of a cursor's current row; null without one.
-QVariant rowValue(const std::unique_ptr<TableCursor> &cursor, const QString &field)
-{
-    return cursor && cursor->isOpen() && cursor->hasRow() ? cursor->value(field) : QVariant();
-}
-
-} // namespace
 
 int GeneratorFixture::numEvents(int side) const
 {

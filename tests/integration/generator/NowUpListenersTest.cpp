@@ -54,9 +54,9 @@ TEST_F(NowUpListenersTest, ListensOnBothPortsOfAnyAddress)
 TEST(NowUpListenersPorts, TheFixedPortsByDefault)
 {
     NowUpListeners listeners(nullptr, nullptr);
-    EXPECT_EQ(listeners.port(NowUpListeners::Channel::Xml), 51521);
-    EXPECT_EQ(listeners.port(NowUpListeners::Channel::Line), 23467);
-    EXPECT_FALSE(listeners.isListening(NowUpListeners::Channel::Xml));
+    EXPECT_EQ(listeners.port(Channel::Xml), 51521);
+    EXPECT_EQ(listeners.port(Channel::Line), 23467);
+    EXPECT_FALSE(listeners.isListening(Channel::Xml));
 }
 
 // Each step: a datagram to one port, the now-up line it changes (slot 0:
@@ -295,29 +295,28 @@ TEST(NowUpListenersRetry, APortHeldByAnotherProgramIsTakenOnceItIsFree)
     const quint16 held = holder->localPort();
     station.listeners.setPorts(held, 0);
     QList<bool> changes;
-    QObject::connect(&station.listeners, &NowUpListeners::listeningChanged,
-                     [&](NowUpListeners::Channel c, bool on) {
-                         if (c == NowUpListeners::Channel::Xml)
-                             changes << on;
-                     });
+    QObject::connect(&station.listeners, &NowUpListeners::listeningChanged, [&](Channel c, bool on) {
+        if (c == Channel::Xml)
+            changes << on;
+    });
 
     EXPECT_FALSE(station.listeners.start());
-    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
-    EXPECT_TRUE(station.listeners.isListening(NowUpListeners::Channel::Line));
+    EXPECT_FALSE(station.listeners.isListening(Channel::Xml));
+    EXPECT_TRUE(station.listeners.isListening(Channel::Line));
     ASSERT_EQ(station.log.size(), 1);
     EXPECT_TRUE(station.log[0].contains(QStringLiteral("cannot listen on"))) << station.log[0].toStdString();
     EXPECT_TRUE(station.log[0].contains(QString::number(held))) << station.log[0].toStdString();
 
     // Several retries go by, told once.
     waitUntil([] { return false; }, std::chrono::milliseconds(300));
-    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
+    EXPECT_FALSE(station.listeners.isListening(Channel::Xml));
     EXPECT_EQ(station.log.size(), 1);
 
     holder.reset();
-    ASSERT_TRUE(waitUntil([&] { return station.listeners.isListening(NowUpListeners::Channel::Xml); }));
-    EXPECT_EQ(station.listeners.port(NowUpListeners::Channel::Xml), held);
+    ASSERT_TRUE(waitUntil([&] { return station.listeners.isListening(Channel::Xml); }));
+    EXPECT_EQ(station.listeners.port(Channel::Xml), held);
     EXPECT_EQ(changes, QList<bool>{true});
-    ASSERT_TRUE(station.deliver(NowUpListeners::Channel::Xml, nowUpXml(1, "3", "A", "B", "C")));
+    ASSERT_TRUE(station.deliver(Channel::Xml, nowUpXml(1, "3", "A", "B", "C")));
     EXPECT_EQ(station.nowUpLine(1), nowUpBytes("VAULT", "3", "A B", "C"));
 }
 
@@ -325,17 +324,17 @@ TEST(NowUpListenersRetry, StopClosesThePortsAndStartOpensThemAgain)
 {
     NowUpStation station;
     ASSERT_TRUE(station.listeners.start());
-    const quint16 port = station.listeners.port(NowUpListeners::Channel::Line);
+    const quint16 port = station.listeners.port(Channel::Line);
     station.listeners.stop();
     station.listeners.stop();
-    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Line));
+    EXPECT_FALSE(station.listeners.isListening(Channel::Line));
     // The port is free for anyone once stopped.
     QUdpSocket other;
     EXPECT_TRUE(other.bind(QHostAddress(QHostAddress::Any), port, QAbstractSocket::DontShareAddress));
     other.close();
 
     ASSERT_TRUE(station.listeners.start());
-    ASSERT_TRUE(station.deliver(NowUpListeners::Channel::Line, "SCOREGEN,1,2,4,Di"));
+    ASSERT_TRUE(station.deliver(Channel::Line, "SCOREGEN,1,2,4,Di"));
     EXPECT_EQ(station.nowUpLine(2), nowUpBytes("BARS", "4", "Di", ""));
 }
 
@@ -349,6 +348,6 @@ TEST(NowUpListenersRetry, AStoppedListenerDoesNotRetry)
     station.listeners.stop();
     holder.close();
     waitUntil([] { return false; }, std::chrono::milliseconds(200));
-    EXPECT_FALSE(station.listeners.isListening(NowUpListeners::Channel::Xml));
-    EXPECT_EQ(station.listeners.socketForTesting(NowUpListeners::Channel::Xml), nullptr);
+    EXPECT_FALSE(station.listeners.isListening(Channel::Xml));
+    EXPECT_EQ(station.listeners.socketForTesting(Channel::Xml), nullptr);
 }
