@@ -389,6 +389,11 @@ TEST(KestraMainPreparedTest, StartEnablesTheTimersOfTheTargetAndTheMode)
         rig.main().hooks().connectMySql = [&](const KestraSettings &) { ++mysqlConnects; };
         ASSERT_TRUE(rig.open());
         ASSERT_TRUE(rig.main().selectTarget(c.target));
+        EXPECT_EQ(rig.main().checkedTarget(), c.target);
+        int checked = 0;
+        for (const QString &name : KestraMain::targetButtons())
+            checked += rig(name).isChecked();
+        EXPECT_EQ(checked, 1) << "one button of six";
         ASSERT_TRUE(rig.main().setNcaa(c.ncaa));
         if (c.ncaa) {
             ASSERT_TRUE(rig.main().setSessions(1, {S("1")}));

@@ -261,18 +261,6 @@ TEST_F(SelectionTest, BadSelectionsAreRefusedWithAClearReasonAndChangeNothing)
     EXPECT_TRUE(rig(S("rdoDaktronics")).isChecked());
 }
 
-TEST_F(SelectionTest, TheTargetButtonsAreOneOfSix)
-{
-    for (int t = int(OutputTarget::Daktronics); t <= int(OutputTarget::Xpression); ++t) {
-        ASSERT_TRUE(rig.main().selectTarget(OutputTarget(t)));
-        EXPECT_EQ(rig.main().checkedTarget(), OutputTarget(t));
-        int checkedCount = 0;
-        for (const QString &name : KestraMain::targetButtons())
-            checkedCount += rig(name).isChecked();
-        EXPECT_EQ(checkedCount, 1);
-    }
-}
-
 TEST(SelectionRotationRowTest, ABrokenRotationRowCannotAskForMoreButtonsThanSquadsAndEvents)
 {
     const struct {
