@@ -453,15 +453,8 @@ void KestraMain::FormClose()
 {
     m_timers[0].stop();
     m_timers[2].stop();
-    m_meets.reset();
-    m_host.reset();
-    m_gyms.reset();
-    m_levelChk.reset();
-    m_eventDisp1.reset();
-    m_eventDisp2.reset();
-    m_sessions.reset();
+    closeSelectionTables();
     m_gymnasts.reset();
-    m_rotations.reset();
 
     m_settings.UseDaktronics = checked(QStringLiteral("rdoDaktronics"));
     m_settings.UseBarco = checked(QStringLiteral("rdoBarco"));

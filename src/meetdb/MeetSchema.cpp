@@ -136,10 +136,10 @@ QString unquote(const QString &name)
 
 void parseFields(TableDef &table, const QString &list)
 {
-    static const QRegularExpression spec(QStringLiteral(
+    static const QRegularExpression itemPattern(QStringLiteral(
         R"(^("[^"]+"|\S+)\s+(text|longtext|int8|int16|int32|uint32|autoinc|float32|bool|date|time|datetime|currency|memo|blob)(?:\((\d+)(?:,\s*(\d+))?\))?(\s+required)?$)"));
     for (const QString &item : splitTopLevel(list)) {
-        const auto m = spec.match(item);
+        const auto m = itemPattern.match(item);
         if (!m.hasMatch())
             bad(QStringLiteral("field \"%1\" of %2").arg(item, table.name));
         const QString type = m.captured(2);
