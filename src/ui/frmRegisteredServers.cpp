@@ -1,5 +1,7 @@
 #include "ui/frmRegisteredServers.h"
 
+#include "ui/ControlBinder.h"
+
 #include "setup/SettingsStore.h"
 #include "setup/SetupUnits.h"
 #include "support/OperatorPrompt.h"
@@ -127,19 +129,7 @@ frmRegisteredServers::frmRegisteredServers(RegisteredServersForm &logic, QWidget
     fields->addRow(QStringLiteral("IP Address:"), ip);
     fields->addRow(QStringLiteral("Hostname:"),
                    lineEdit(c(QStringLiteral("EditHost")), RegisteredServersForm::HostLength, this));
-    LogicalControl &locationControl = c(QStringLiteral("dbcboLocation"));
-    auto *location = new QComboBox(this);
-    location->setObjectName(locationControl.name());
-    location->addItems(locationControl.items());
-    auto syncLocation = [location, &locationControl] {
-        const QSignalBlocker quiet(location);
-        location->setCurrentIndex(locationControl.currentIndex());
-    };
-    syncLocation();
-    connect(&locationControl, &LogicalControl::changed, location, syncLocation);
-    connect(location, &QComboBox::activated, &locationControl,
-            [&locationControl](int index) { locationControl.operatorSelect(index); });
-    followControl(location, locationControl);
+    QComboBox *location = ControlBinder::lookup(c(QStringLiteral("dbcboLocation")), this);
     fields->addRow(QStringLiteral("Location:"), location);
 
     // The row buttons.
