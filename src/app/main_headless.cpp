@@ -9,6 +9,7 @@
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
+#include "support/Formatting.h"
 #include "support/OperatorPrompt.h"
 #include "support/StopSignals.h"
 #include "support/TickSource.h"
@@ -35,6 +36,7 @@ void say(const QString &line)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    useCNumberConventions();
     QCoreApplication::setApplicationName(QStringLiteral("kestra-headless"));
 
     const auto parsed = HeadlessOptions::parse(QCoreApplication::arguments().mid(1));

@@ -7,10 +7,11 @@
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
+#include "support/Formatting.h"
 #include "support/StopSignals.h"
 #include "support/TickSource.h"
-#include "ui/MessageBoxPrompt.h"
 #include "ui/MainWindowHooks.h"
+#include "ui/MessageBoxPrompt.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmRegisteredServers.h"
 
@@ -24,6 +25,7 @@ using namespace kestra;
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    useCNumberConventions();
     QApplication::setApplicationName(QStringLiteral("Kestra"));
     QApplication::setApplicationVersion(QString::fromLatin1(version::productVersion));
 
