@@ -127,8 +127,9 @@ frmRegisteredServers::frmRegisteredServers(RegisteredServersForm &logic, QWidget
     ip->setValidator(new AddressMaskValidator(ip));
     ip->installEventFilter(this);
     fields->addRow(QStringLiteral("IP Address:"), ip);
+    // No cut while typing or pasting: the logic refuses a Host too long, in words.
     fields->addRow(QStringLiteral("Hostname:"),
-                   lineEdit(c(QStringLiteral("EditHost")), RegisteredServersForm::HostLength, this));
+                   lineEdit(c(QStringLiteral("EditHost")), RegisteredServersForm::HostLength + 1, this));
     QComboBox *location = ControlBinder::lookup(c(QStringLiteral("dbcboLocation")), this);
     fields->addRow(QStringLiteral("Location:"), location);
 

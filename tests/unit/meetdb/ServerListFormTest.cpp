@@ -320,6 +320,23 @@ TEST(ServerListWindow, ALocatedServerBecomesANewRowToRenameAndSave)
     EXPECT_EQ(none.form->state(), State::Browse) << "finding nothing changes nothing";
 }
 
+TEST(ServerListWindow, AStoreFolderInHostIsKeptWholeAndOneTooLongIsRefusedInWords)
+{
+    const QString deep = QStringLiteral("/srv/meets/") + QString(300, QLatin1Char('d')) + QStringLiteral("/state");
+    const QString tooLong = QLatin1Char('/') + QString(RegisteredServersForm::HostLength, QLatin1Char('x'));
+    ServerListWindow w(ThreeServers);
+    w.form->sbtnNewClick();
+    w.type("EditName", QStringLiteral("Deep"));
+    w.type("EditHost", tooLong);
+    EXPECT_FALSE(w.form->sbtnSaveClick());
+    EXPECT_EQ(w.lastText(), QStringLiteral("The Hostname or folder may be at most 4095 characters long."));
+    EXPECT_EQ(w("EditHost").text(), tooLong) << "nothing typed is lost";
+    EXPECT_EQ(w.stored(), ThreeServers);
+    w.type("EditHost", deep);
+    ASSERT_TRUE(w.form->sbtnSaveClick());
+    EXPECT_EQ(w.stored().at(2).Host, deep);
+}
+
 TEST(ServerListWindow, ASaveThatCannotBeWrittenIsReportedAndKeptInTheWindow)
 {
     ServerListWindow w(ThreeServers);
