@@ -1,6 +1,7 @@
 #include "ui/frmRegisteredServers.h"
 
 #include "ui/ControlBinder.h"
+#include "ui/frmFindNXServer.h"
 
 #include "setup/SettingsStore.h"
 #include "setup/SetupUnits.h"
@@ -230,8 +231,10 @@ std::optional<QString> frmRegisteredServers::execute(SettingsStore &marlowenKey,
                                                      QWidget *owner, RegisteredServersForm::Locator locator)
 {
     RegisteredServersForm logic(marlowenKey, prompt);
-    logic.setLocator(std::move(locator));
     frmRegisteredServers window(logic, owner);
+    if (!locator)
+        locator = [&window] { return frmFindNXServer::execute(&window); };
+    logic.setLocator(std::move(locator));
     window.exec();
     if (logic.result() == RegisteredServersForm::Result::Ok)
         return logic.SelectedName();

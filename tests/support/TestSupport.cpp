@@ -62,16 +62,23 @@ QString buildDir()
     return env ? QString::fromLocal8Bit(env) : QStringLiteral(KESTRA_TEST_BUILD_DIR);
 }
 
-static void runServersScript(const QString &command, const QString &dir)
+// Runs a script of tests/servers; its exit code, or -1 when it did not end.
+static int runScript(const QString &name, const QString &command, const QString &dir, QString *output = nullptr)
 {
     QProcess script;
     script.setProcessChannelMode(QProcess::MergedChannels);
-    script.start(sourceDir() + QStringLiteral("/tests/servers/testservers.sh"), {command, dir});
-    if (!script.waitForFinished(120000) || script.exitStatus() != QProcess::NormalExit
-        || script.exitCode() != 0) {
-        ADD_FAILURE() << "testservers.sh " << command.toStdString() << " failed: "
-                      << script.readAll().toStdString();
-    }
+    script.start(sourceDir() + QStringLiteral("/tests/servers/") + name, {command, dir});
+    const bool ended = script.waitForFinished(120000) && script.exitStatus() == QProcess::NormalExit;
+    if (output)
+        *output = QString::fromLocal8Bit(script.readAll()).trimmed();
+    return ended ? script.exitCode() : -1;
+}
+
+static void runServersScript(const QString &command, const QString &dir)
+{
+    QString output;
+    if (runScript(QStringLiteral("testservers.sh"), command, dir, &output) != 0)
+        ADD_FAILURE() << "testservers.sh " << command.toStdString() << " failed: " << output.toStdString();
 }
 
 static QString readFirstLine(const QString &path)
@@ -180,6 +187,20 @@ PrivatePostgres::PrivatePostgres()
     start();
 }
 
+PrivatePostgres::PrivatePostgres(int port)
+    : m_dir(QDir::tempPath() + QStringLiteral("/kestra-pg-XXXXXX"))
+{
+    QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFileDevice::ExeOther
+                                            | QFileDevice::ReadOther);
+    // The script keeps the port it finds written down.
+    QFile portFile(m_dir.path() + QStringLiteral("/pg.port"));
+    if (portFile.open(QIODevice::WriteOnly))
+        portFile.write(QByteArray::number(port) + '\n');
+    portFile.close();
+    m_running = runScript(QStringLiteral("testservers.sh"), QStringLiteral("start-pg"), m_dir.path()) == 0;
+    m_port = port;
+}
+
 PrivatePostgres::~PrivatePostgres()
 {
     stop();
@@ -205,6 +226,56 @@ Endpoint PrivatePostgres::endpoint() const
     Endpoint e;
     e.port = m_port;
     return e;
+}
+
+MdnsResponder::MdnsResponder(const std::vector<Service> &services)
+{
+    QDir(m_dir.path()).mkpath(QStringLiteral("services"));
+    QFile hosts(m_dir.file(QStringLiteral("hosts")));
+    if (!hosts.open(QIODevice::WriteOnly)) {
+        m_unavailable = QStringLiteral("cannot write ") + hosts.fileName();
+        return;
+    }
+    int n = 0;
+    for (const Service &s : services) {
+        hosts.write((s.address + QLatin1Char(' ') + s.host + QLatin1Char('\n')).toUtf8());
+        QFile file(m_dir.file(QStringLiteral("services/%1.service").arg(++n)));
+        if (!file.open(QIODevice::WriteOnly))
+            continue;
+        file.write(QStringLiteral("<?xml version=\"1.0\" standalone='no'?>\n"
+                                  "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
+                                  "<service-group>\n  <name>%1</name>\n  <service>\n"
+                                  "    <type>_postgresql._tcp</type>\n    <host-name>%2</host-name>\n"
+                                  "    <port>%3</port>\n  </service>\n</service-group>\n")
+                       .arg(s.name, s.host)
+                       .arg(s.port)
+                       .toUtf8());
+    }
+    hosts.close();
+    QString output;
+    const int status = runScript(QStringLiteral("mdns.sh"), QStringLiteral("start"), m_dir.path(), &output);
+    if (status == 77)
+        m_unavailable = output;
+    else if (status != 0)
+        ADD_FAILURE() << "mdns.sh start failed: " << output.toStdString();
+    m_running = status == 0;
+}
+
+MdnsResponder::~MdnsResponder()
+{
+    stop();
+}
+
+void MdnsResponder::stop()
+{
+    if (m_running)
+        runScript(QStringLiteral("mdns.sh"), QStringLiteral("stop"), m_dir.path());
+    m_running = false;
+}
+
+QString MdnsResponder::busAddress() const
+{
+    return readFirstLine(m_dir.file(QStringLiteral("bus.address")));
 }
 
 PtyPair::PtyPair()
