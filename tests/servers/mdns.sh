@@ -2,8 +2,10 @@
 # A private mDNS responder for discovery tests: a D-Bus system bus of its own
 # and avahi-daemon in a network namespace with loopback alone, so the
 # announcements never leave this machine and parallel runs do not meet.
-#   mdns.sh start DIR   announces DIR/services/*.service, with the address
-#                       records of DIR/hosts; writes DIR/bus.address
+#   mdns.sh start DIR [NAME=HOST=ADDRESS=PORT ...]
+#                       announces a _postgresql._tcp service NAME on HOST
+#                       (with an address record for it) at PORT for each
+#                       argument; writes DIR/bus.address
 #   mdns.sh stop DIR    stops both
 # Exit 77 (with the reason on stderr) when this machine cannot run it.
 set -euo pipefail
@@ -16,7 +18,21 @@ start() {
   command -v avahi-daemon >/dev/null || cannot "avahi-daemon is not installed"
   command -v dbus-daemon >/dev/null || cannot "dbus-daemon is not installed"
   unshare --net --mount true 2>/dev/null || cannot "no private network namespace (unshare needs root)"
-  mkdir -p "$dir/services"; touch "$dir/hosts"
+  mkdir -p "$dir/services"; : >"$dir/hosts"
+  local n=0 name host address port
+  for service in "$@"; do
+    IFS== read -r name host address port <<<"$service"
+    n=$((n + 1))
+    echo "$address $host" >>"$dir/hosts"
+    cat >"$dir/services/$n.service" <<XML
+<?xml version="1.0" standalone='no'?>
+<!DOCTYPE service-group SYSTEM "avahi-service.dtd">
+<service-group>
+  <name>$name</name>
+  <service><type>_postgresql._tcp</type><host-name>$host</host-name><port>$port</port></service>
+</service-group>
+XML
+  done
   cat >"$dir/bus.conf" <<CONF
 <!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -50,8 +66,7 @@ CONF
       exec avahi-daemon -f '$dir/avahi.conf' --no-chroot --no-drop-root --no-rlimits --no-proc-title" \
       >"$dir/avahi.log" 2>&1 &
   echo $! >"$dir/avahi.pid"
-  local wanted  # every service and every static host announced
-  wanted=$(( $(find "$dir/services" -name '*.service' | wc -l) + $(grep -c '[^[:space:]]' "$dir/hosts" || true) ))
+  local wanted=$((2 * n))  # every service and every host established
   for _ in $(seq 1 100); do
     if grep -q "Server startup complete" "$dir/avahi.log" &&
        [ "$(grep -c "successfully established" "$dir/avahi.log")" -ge "$wanted" ]; then
@@ -75,7 +90,7 @@ stop() {
 }
 
 case "$cmd" in
-  start) start ;;
+  start) shift 2; start "$@" ;;
   stop) stop ;;
   *) echo "usage: $0 start|stop DIR" >&2; exit 2 ;;
 esac

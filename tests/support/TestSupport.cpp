@@ -63,11 +63,11 @@ QString buildDir()
 }
 
 // Runs a script of tests/servers; its exit code, or -1 when it did not end.
-static int runScript(const QString &name, const QString &command, const QString &dir, QString *output = nullptr)
+static int runScript(const QString &name, const QStringList &arguments, QString *output = nullptr)
 {
     QProcess script;
     script.setProcessChannelMode(QProcess::MergedChannels);
-    script.start(sourceDir() + QStringLiteral("/tests/servers/") + name, {command, dir});
+    script.start(sourceDir() + QStringLiteral("/tests/servers/") + name, arguments);
     const bool ended = script.waitForFinished(120000) && script.exitStatus() == QProcess::NormalExit;
     if (output)
         *output = QString::fromLocal8Bit(script.readAll()).trimmed();
@@ -77,7 +77,7 @@ static int runScript(const QString &name, const QString &command, const QString 
 static void runServersScript(const QString &command, const QString &dir)
 {
     QString output;
-    if (runScript(QStringLiteral("testservers.sh"), command, dir, &output) != 0)
+    if (runScript(QStringLiteral("testservers.sh"), {command, dir}, &output) != 0)
         ADD_FAILURE() << "testservers.sh " << command.toStdString() << " failed: " << output.toStdString();
 }
 
@@ -179,25 +179,23 @@ QString createPostgresDatabase(const QString &prefix)
     return name;
 }
 
-PrivatePostgres::PrivatePostgres()
-    : m_dir(QDir::tempPath() + QStringLiteral("/kestra-pg-XXXXXX"))
-{
-    QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFileDevice::ExeOther
-                                            | QFileDevice::ReadOther);
-    start();
-}
+PrivatePostgres::PrivatePostgres() : PrivatePostgres(0) {}
 
 PrivatePostgres::PrivatePostgres(int port)
     : m_dir(QDir::tempPath() + QStringLiteral("/kestra-pg-XXXXXX"))
 {
     QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFileDevice::ExeOther
                                             | QFileDevice::ReadOther);
-    // The script keeps the port it finds written down.
+    if (port == 0) {
+        start();
+        return;
+    }
+    // The script keeps a port it finds written down.
     QFile portFile(m_dir.path() + QStringLiteral("/pg.port"));
     if (portFile.open(QIODevice::WriteOnly))
         portFile.write(QByteArray::number(port) + '\n');
     portFile.close();
-    m_running = runScript(QStringLiteral("testservers.sh"), QStringLiteral("start-pg"), m_dir.path()) == 0;
+    m_running = runScript(QStringLiteral("testservers.sh"), {QStringLiteral("start-pg"), m_dir.path()}) == 0;
     m_port = port;
 }
 
@@ -228,32 +226,11 @@ Endpoint PrivatePostgres::endpoint() const
     return e;
 }
 
-MdnsResponder::MdnsResponder(const std::vector<Service> &services)
+MdnsResponder::MdnsResponder(const QStringList &services)
 {
-    QDir(m_dir.path()).mkpath(QStringLiteral("services"));
-    QFile hosts(m_dir.file(QStringLiteral("hosts")));
-    if (!hosts.open(QIODevice::WriteOnly)) {
-        m_unavailable = QStringLiteral("cannot write ") + hosts.fileName();
-        return;
-    }
-    int n = 0;
-    for (const Service &s : services) {
-        hosts.write((s.address + QLatin1Char(' ') + s.host + QLatin1Char('\n')).toUtf8());
-        QFile file(m_dir.file(QStringLiteral("services/%1.service").arg(++n)));
-        if (!file.open(QIODevice::WriteOnly))
-            continue;
-        file.write(QStringLiteral("<?xml version=\"1.0\" standalone='no'?>\n"
-                                  "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
-                                  "<service-group>\n  <name>%1</name>\n  <service>\n"
-                                  "    <type>_postgresql._tcp</type>\n    <host-name>%2</host-name>\n"
-                                  "    <port>%3</port>\n  </service>\n</service-group>\n")
-                       .arg(s.name, s.host)
-                       .arg(s.port)
-                       .toUtf8());
-    }
-    hosts.close();
     QString output;
-    const int status = runScript(QStringLiteral("mdns.sh"), QStringLiteral("start"), m_dir.path(), &output);
+    const int status = runScript(QStringLiteral("mdns.sh"), QStringList{QStringLiteral("start"), m_dir.path()} + services,
+                                 &output);
     if (status == 77)
         m_unavailable = output;
     else if (status != 0)
@@ -263,14 +240,8 @@ MdnsResponder::MdnsResponder(const std::vector<Service> &services)
 
 MdnsResponder::~MdnsResponder()
 {
-    stop();
-}
-
-void MdnsResponder::stop()
-{
     if (m_running)
-        runScript(QStringLiteral("mdns.sh"), QStringLiteral("stop"), m_dir.path());
-    m_running = false;
+        runScript(QStringLiteral("mdns.sh"), {QStringLiteral("stop"), m_dir.path()});
 }
 
 QString MdnsResponder::busAddress() const

@@ -86,16 +86,10 @@ private:
 // namespace of its own.
 class MdnsResponder {
 public:
-    // A DNS-SD service of type _postgresql._tcp on a host with an address record.
-    struct Service {
-        QString name;
-        QString host; // "scoring.local"
-        QString address;
-        int port = 5432;
-    };
-    explicit MdnsResponder(const std::vector<Service> &services);
+    // Services of type _postgresql._tcp as "NAME=HOST=ADDRESS=PORT", each
+    // host with an address record.
+    explicit MdnsResponder(const QStringList &services);
     ~MdnsResponder();
-    void stop();
     // Why it could not start on this machine; empty when it runs.
     const QString &unavailable() const { return m_unavailable; }
     // For DBUS_SYSTEM_BUS_ADDRESS.
