@@ -5,7 +5,8 @@
 #   mdns.sh start DIR [NAME=HOST=ADDRESS=PORT ...]
 #                       announces a _postgresql._tcp service NAME on HOST
 #                       (with an address record for it) at PORT for each
-#                       argument; writes DIR/bus.address
+#                       argument; prints the bus address for
+#                       DBUS_SYSTEM_BUS_ADDRESS
 #   mdns.sh stop DIR    stops both
 # Exit 77 (with the reason on stderr) when this machine cannot run it.
 set -euo pipefail
@@ -70,7 +71,7 @@ CONF
   for _ in $(seq 1 100); do
     if grep -q "Server startup complete" "$dir/avahi.log" &&
        [ "$(grep -c "successfully established" "$dir/avahi.log")" -ge "$wanted" ]; then
-      echo "$DBUS_SYSTEM_BUS_ADDRESS" >"$dir/bus.address"
+      echo "$DBUS_SYSTEM_BUS_ADDRESS"
       return 0
     fi
     kill -0 "$(cat "$dir/avahi.pid")" 2>/dev/null || break
@@ -86,7 +87,6 @@ stop() {
     [ -f "$dir/$f" ] && kill -TERM "$(cat "$dir/$f")" 2>/dev/null || true
     rm -f "$dir/$f"
   done
-  rm -f "$dir/bus.address"
 }
 
 case "$cmd" in

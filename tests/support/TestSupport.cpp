@@ -62,23 +62,16 @@ QString buildDir()
     return env ? QString::fromLocal8Bit(env) : QStringLiteral(KESTRA_TEST_BUILD_DIR);
 }
 
-// Runs a script of tests/servers; its exit code, or -1 when it did not end.
-static int runScript(const QString &name, const QStringList &arguments, QString *output = nullptr)
+static void runServersScript(const QString &command, const QString &dir)
 {
     QProcess script;
     script.setProcessChannelMode(QProcess::MergedChannels);
-    script.start(sourceDir() + QStringLiteral("/tests/servers/") + name, arguments);
-    const bool ended = script.waitForFinished(120000) && script.exitStatus() == QProcess::NormalExit;
-    if (output)
-        *output = QString::fromLocal8Bit(script.readAll()).trimmed();
-    return ended ? script.exitCode() : -1;
-}
-
-static void runServersScript(const QString &command, const QString &dir)
-{
-    QString output;
-    if (runScript(QStringLiteral("testservers.sh"), {command, dir}, &output) != 0)
-        ADD_FAILURE() << "testservers.sh " << command.toStdString() << " failed: " << output.toStdString();
+    script.start(sourceDir() + QStringLiteral("/tests/servers/testservers.sh"), {command, dir});
+    if (!script.waitForFinished(120000) || script.exitStatus() != QProcess::NormalExit
+        || script.exitCode() != 0) {
+        ADD_FAILURE() << "testservers.sh " << command.toStdString() << " failed: "
+                      << script.readAll().toStdString();
+    }
 }
 
 static QString readFirstLine(const QString &path)
@@ -179,24 +172,12 @@ QString createPostgresDatabase(const QString &prefix)
     return name;
 }
 
-PrivatePostgres::PrivatePostgres() : PrivatePostgres(0) {}
-
-PrivatePostgres::PrivatePostgres(int port)
+PrivatePostgres::PrivatePostgres()
     : m_dir(QDir::tempPath() + QStringLiteral("/kestra-pg-XXXXXX"))
 {
     QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFileDevice::ExeOther
                                             | QFileDevice::ReadOther);
-    if (port == 0) {
-        start();
-        return;
-    }
-    // The script keeps a port it finds written down.
-    QFile portFile(m_dir.path() + QStringLiteral("/pg.port"));
-    if (portFile.open(QIODevice::WriteOnly))
-        portFile.write(QByteArray::number(port) + '\n');
-    portFile.close();
-    m_running = runScript(QStringLiteral("testservers.sh"), {QStringLiteral("start-pg"), m_dir.path()}) == 0;
-    m_port = port;
+    start();
 }
 
 PrivatePostgres::~PrivatePostgres()
@@ -224,29 +205,6 @@ Endpoint PrivatePostgres::endpoint() const
     Endpoint e;
     e.port = m_port;
     return e;
-}
-
-MdnsResponder::MdnsResponder(const QStringList &services)
-{
-    QString output;
-    const int status = runScript(QStringLiteral("mdns.sh"), QStringList{QStringLiteral("start"), m_dir.path()} + services,
-                                 &output);
-    if (status == 77)
-        m_unavailable = output;
-    else if (status != 0)
-        ADD_FAILURE() << "mdns.sh start failed: " << output.toStdString();
-    m_running = status == 0;
-}
-
-MdnsResponder::~MdnsResponder()
-{
-    if (m_running)
-        runScript(QStringLiteral("mdns.sh"), {QStringLiteral("stop"), m_dir.path()});
-}
-
-QString MdnsResponder::busAddress() const
-{
-    return readFirstLine(m_dir.file(QStringLiteral("bus.address")));
 }
 
 PtyPair::PtyPair()

@@ -66,38 +66,14 @@ Endpoint sharedMariaDb();
 class PrivatePostgres {
 public:
     PrivatePostgres();
-    // On the port given, which another program may hold: then isRunning()
-    // is false, and no failure is recorded.
-    explicit PrivatePostgres(int port);
     ~PrivatePostgres();
     void start();
     void stop();
-    bool isRunning() const { return m_running; }
     Endpoint endpoint() const;
 
 private:
     QTemporaryDir m_dir;
     int m_port = 0;
-    bool m_running = false;
-};
-
-// A private mDNS responder (tests/servers/mdns.sh): avahi-daemon on a D-Bus
-// system bus of its own, announcing services on loopback in a network
-// namespace of its own.
-class MdnsResponder {
-public:
-    // Services of type _postgresql._tcp as "NAME=HOST=ADDRESS=PORT", each
-    // host with an address record.
-    explicit MdnsResponder(const QStringList &services);
-    ~MdnsResponder();
-    // Why it could not start on this machine; empty when it runs.
-    const QString &unavailable() const { return m_unavailable; }
-    // For DBUS_SYSTEM_BUS_ADDRESS.
-    QString busAddress() const;
-
-private:
-    TempDir m_dir;
-    QString m_unavailable;
     bool m_running = false;
 };
 

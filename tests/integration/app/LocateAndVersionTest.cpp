@@ -26,12 +26,19 @@ auto useSystemBus(const QString &address)
 
 TEST(LocateServers, ListsWhatTheNetworkAnnouncesOneALine)
 {
-    const MdnsResponder responder(
-        {S("Main scoring=scoring-a.local=198.51.100.7=5432"), S("Backup scoring=scoring-b.local=198.51.100.8=5433")});
-    if (!responder.unavailable().isEmpty())
-        GTEST_SKIP() << "no private mDNS responder here (" << responder.unavailable().toStdString()
+    // A private responder announces two scoring servers (NAME=HOST=ADDRESS=PORT).
+    TempDir dir;
+    const QString script = sourceDir() + S("/tests/servers/mdns.sh");
+    QProcess responder;
+    responder.start(script, {S("start"), dir.path(), S("Main scoring=scoring-a.local=198.51.100.7=5432"),
+                             S("Backup scoring=scoring-b.local=198.51.100.8=5433")});
+    ASSERT_TRUE(responder.waitForFinished(60000));
+    if (responder.exitCode() == 77)
+        GTEST_SKIP() << "no private mDNS responder here (" << responder.readAllStandardError().trimmed().toStdString()
                      << "); this test needs avahi-daemon, dbus-daemon and unshare as root";
-    const auto bus = useSystemBus(responder.busAddress());
+    ASSERT_EQ(responder.exitCode(), 0) << responder.readAllStandardError().toStdString();
+    const auto stop = qScopeGuard([&] { QProcess::execute(script, {S("stop"), dir.path()}); });
+    const auto bus = useSystemBus(QString::fromUtf8(responder.readAllStandardOutput().trimmed()));
     ChildProgram locate("src/app/kestra-headless", {S("--locate")});
     EXPECT_EQ(locate.finish(), 0) << locate.errors().toStdString();
     QStringList lines = locate.output().split(QLatin1Char('\n'), Qt::SkipEmptyParts);

@@ -5,9 +5,10 @@
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
-#include <libpq-fe.h>
 
-#include <memory>
+#include <QFile>
+#include <QScopeGuard>
+
 #include <optional>
 
 using namespace kestra;
@@ -28,26 +29,19 @@ std::optional<ServerScan> scanThisMachine(int port)
     return result;
 }
 
-bool postgresLogsIn(int port)
-{
-    PGconn *conn = PQconnectdb(("host=127.0.0.1 user=postgres dbname=postgres port=" + std::to_string(port)).c_str());
-    const bool ok = PQstatus(conn) == CONNECTION_OK;
-    PQfinish(conn);
-    return ok;
-}
-
 } // namespace
 
 TEST(ServerDiscovery, APostgreSQLServerOnTheDefaultPortIsListedAndARefusedPortIsNot)
 {
-    // Another test run may hold the port with a server of its own, which
-    // answers all the same; anything else there makes the test meaningless.
-    std::unique_ptr<PrivatePostgres> own;
-    if (!postgresLogsIn(5432)) {
-        own = std::make_unique<PrivatePostgres>(5432);
-        if (!own->isRunning() && !postgresLogsIn(5432))
-            GTEST_SKIP() << "port 5432 of 127.0.0.1 is held by a program that is not a PostgreSQL server";
-    }
+    // A throwaway server on the default port, which the script takes when written down.
+    TempDir own;
+    QFile port(own.file(QStringLiteral("pg.port")));
+    ASSERT_TRUE(port.open(QIODevice::WriteOnly) && port.write("5432\n") == 5);
+    port.close();
+    const QString script = sourceDir() + QStringLiteral("/tests/servers/testservers.sh");
+    if (QProcess::execute(script, {QStringLiteral("start-pg"), own.path()}) != 0)
+        GTEST_SKIP() << "port 5432 of 127.0.0.1 is taken by another program; this test needs it free";
+    const auto stop = qScopeGuard([&] { QProcess::execute(script, {QStringLiteral("stop-pg"), own.path()}); });
     const std::optional<ServerScan> found = scanThisMachine(5432);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->servers, QStringList{QStringLiteral("PostgreSQL@127.0.0.1")});
