@@ -56,7 +56,7 @@ public:
 
     void startScan() override;
 
-    struct Job;
+    struct Job; // a scan under way, shared with the worker that runs it
 
 private:
     Options m_options;
