@@ -4,12 +4,12 @@
 #include "generator/MeetSelection.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
-#include "kestra/Version.h"
 #include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
 #include "outputs/Daktronics.h"
 #include "outputs/DeviceTransport.h"
+#include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
@@ -641,9 +641,7 @@ void KestraMain::ClearGeneratorStatus(int side)
 
 void KestraMain::UpdateTitle()
 {
-    const QString title = QStringLiteral("Kestra v") + QString::fromLatin1(version::productVersion) +
-                          QStringLiteral(" - Jumbotron Display Generator") + QStringLiteral(", Server: ") +
-                          currentServerName();
+    const QString title = ExeInfo::ofThisBuild().title(currentServerName());
     if (title == m_title)
         return;
     m_title = title;
