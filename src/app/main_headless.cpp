@@ -102,7 +102,7 @@ int main(int argc, char **argv)
     server.address = options.storeAddress;
     server.serverName = options.serverName;
     QString error;
-    const auto connection = connectForRun(server, marlowenKey, prompt, &error);
+    const auto connection = connectForRun(server, marlowenKey, &error);
     if (!connection) {
         say(error.isEmpty() ? QStringLiteral("no connection to the meet database") : error);
         return StoreFailure;

@@ -36,7 +36,6 @@ QString senderText(const QHostAddress &address, quint16 port)
 
 struct NowUpListeners::Listener {
     Channel channel;
-    QString name;          // the component's name, for log lines
     quint16 askedPort = 0; // as set; 0 picks a free port
     quint16 boundPort = 0; // the port listened on since start(), kept for restarts
     QUdpSocket *socket = nullptr;
@@ -50,7 +49,7 @@ struct NowUpListeners::Listener {
 
     QString label() const
     {
-        return QStringLiteral("now-up %1 (UDP %2)").arg(name).arg(boundPort ? boundPort : askedPort);
+        return QStringLiteral("now-up listener on UDP %1").arg(boundPort ? boundPort : askedPort);
     }
 };
 
@@ -64,13 +63,11 @@ NowUpListeners::NowUpListeners(NameFormatSource nameFormat, FillNowUp fill, QObj
 {
     const struct {
         Channel channel;
-        const char *name;
         quint16 port;
-    } made[] = {{Channel::Xml, "RtcUdpServer1", kNowUpXmlPort}, {Channel::Line, "RtcUdpServer2", kNowUpLinePort}};
+    } made[] = {{Channel::Xml, kNowUpXmlPort}, {Channel::Line, kNowUpLinePort}};
     for (const auto &m : made) {
         auto l = std::make_unique<Listener>();
         l->channel = m.channel;
-        l->name = QString::fromLatin1(m.name);
         l->askedPort = m.port;
         l->retry.setSingleShot(true);
         Listener *raw = l.get();

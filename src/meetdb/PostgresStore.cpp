@@ -189,18 +189,41 @@ PostgresStore::~PostgresStore()
 pg_conn *PostgresStore::open(const QString &database, QString *error) const
 {
     const StoreAddress &a = storeAddress();
+    const QByteArray uri = a.uri.toUtf8();
     const QByteArray host = a.host.toUtf8();
     const QByteArray port = QByteArray::number(a.port);
     const QByteArray user = a.user.toUtf8();
     const QByteArray db = database.toUtf8();
-    const char *keys[] = {"host", "port", "user", "dbname", "connect_timeout", "application_name",
-                          "client_encoding", "keepalives", "keepalives_idle", "keepalives_interval",
-                          "keepalives_count", "tcp_user_timeout", "options", nullptr};
-    const char *values[] = {host.constData(), port.constData(), user.constData(), db.constData(),
-                            "5", "kestra", "UTF8", "1", "5", "2", "3", "10000",
-                            "-c DateStyle=ISO,YMD -c extra_float_digits=1 -c client_min_messages=warning",
-                            nullptr};
-    PGconn *conn = PQconnectdbParams(keys, values, 0);
+    // A URI goes to libpq whole (it may carry a password and options such as
+    // sslmode); the database of the moment and the session settings follow
+    // it and win.
+    std::vector<const char *> keys;
+    std::vector<const char *> values;
+    const auto set = [&](const char *key, const char *value) {
+        keys.push_back(key);
+        values.push_back(value);
+    };
+    if (!uri.isEmpty()) {
+        set("dbname", uri.constData());
+        set("user", user.constData());
+    } else {
+        set("host", host.constData());
+        set("port", port.constData());
+        set("user", user.constData());
+    }
+    set("dbname", db.constData());
+    set("connect_timeout", "5");
+    set("application_name", "kestra");
+    set("client_encoding", "UTF8");
+    set("keepalives", "1");
+    set("keepalives_idle", "5");
+    set("keepalives_interval", "2");
+    set("keepalives_count", "3");
+    set("tcp_user_timeout", "10000");
+    set("options", "-c DateStyle=ISO,YMD -c extra_float_digits=1 -c client_min_messages=warning");
+    keys.push_back(nullptr);
+    values.push_back(nullptr);
+    PGconn *conn = PQconnectdbParams(keys.data(), values.data(), uri.isEmpty() ? 0 : 1);
     if (PQstatus(conn) != CONNECTION_OK) {
         if (error)
             *error = QString::fromUtf8(PQerrorMessage(conn)).trimmed();

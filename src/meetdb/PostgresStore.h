@@ -24,7 +24,11 @@ public:
     void openDatabase(const QString &alias = MeetSchema::defaultAlias()) override;
     bool isOpen() const override { return m_db != nullptr; }
 
-    static QString databaseName(const QString &alias) { return alias.toLower(); }
+    // The database of an alias; a URI that names a database names it instead.
+    QString databaseName(const QString &alias) const
+    {
+        return storeAddress().database.isEmpty() ? alias.toLower() : storeAddress().database;
+    }
 
 protected:
     RowSet runSelect(const QString &sql, const QVariantList &params) override;

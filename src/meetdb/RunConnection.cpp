@@ -41,16 +41,19 @@ std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const S
     QString why = connection->lastRefusal();
     if (why.isEmpty())
         why = QStringLiteral("could not connect to the server \"%1\"").arg(connection->currentServerName());
-    if (why.startsWith(QLatin1String("Kestra was unable to connect")))
-        why += QLatin1Char(' ') + connection->reason();
+    if (why.startsWith(QLatin1String("Kestra was unable to connect"))) {
+        if (why.endsWith(QLatin1Char('.')))
+            why.chop(1);
+        why += QStringLiteral(": ") + connection->reason();
+    }
     return fail(why);
 }
 
 std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
                                                 QString *error)
 {
-    static LogPrompt log; // holds no state: shared by every run connection
-    return connectForRun(server, marlowenKey, log, error);
+    static QuietPrompt quiet; // holds no state: shared by every run connection
+    return connectForRun(server, marlowenKey, quiet, error);
 }
 
 } // namespace kestra

@@ -25,7 +25,8 @@ struct RunServer {
 // one-line reason in *error. `prompt` must outlive the connection.
 std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
                                                 OperatorPrompt &prompt, QString *error = nullptr);
-// The same with the dialogs written to standard error by a LogPrompt.
+// The same with the dialogs answered No silently: the caller tells the one
+// line in *error.
 std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
                                                 QString *error = nullptr);
 

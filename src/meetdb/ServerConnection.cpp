@@ -185,7 +185,7 @@ PromptAnswer ServerConnection::show(Dialog dialog, const QString &versionRead)
                                           "run Marlowen to create a new database.");
     PromptMessage m;
     m.caption = QStringLiteral("Marlowen Server Connection");
-    m.buttons = PromptButtons::YesNoDefaultNo;
+    m.buttons = PromptButtons::YesNo;
     switch (dialog) {
     case Dialog::NotListed:
         m.icon = PromptIcon::Error;

@@ -2,15 +2,28 @@
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QUrl>
 
 #include <cstdlib>
 
 namespace kestra {
 
+QString StoreAddress::acceptedForms()
+{
+    return QStringLiteral("a meet database is a folder (/path, ~/path or ./path) holding Marlowen.sqlite, "
+                          "a PostgreSQL server as host[:port] or role@host[:port], or a postgresql:// URI");
+}
+
 QString StoreAddress::display() const
 {
     if (backend == StoreBackend::Sqlite)
         return folder;
+    if (!uri.isEmpty()) {
+        // Shown without a password the URI may carry.
+        QUrl shown(uri);
+        shown.setPassword(QString());
+        return shown.toString();
+    }
     const QString h = host.contains(QLatin1Char(':')) ? QLatin1Char('[') + host + QLatin1Char(']')
                                                        : host;
     return QStringLiteral("%1:%2").arg(h).arg(port);
@@ -22,6 +35,13 @@ static bool looksLikeIpv6(const QString &text)
 {
     static const QRegularExpression re(QStringLiteral("^[0-9A-Fa-f:.]+$"));
     return text.count(QLatin1Char(':')) >= 2 && re.match(text).hasMatch();
+}
+
+static QString defaultRole()
+{
+    if (const char *env = std::getenv("PGUSER"); env && *env)
+        return QString::fromLocal8Bit(env);
+    return QStringLiteral("postgres");
 }
 
 static std::optional<StoreAddress> fail(QString *error, const QString &why)
@@ -38,14 +58,32 @@ std::optional<StoreAddress> StoreAddress::parse(const QString &text, QString *er
         return fail(error, QStringLiteral("the address is empty"));
 
     StoreAddress a;
-    if (t.startsWith(QLatin1Char('/')) || t.startsWith(QLatin1Char('~'))) {
+    if (t.startsWith(QLatin1String("postgresql://")) || t.startsWith(QLatin1String("postgres://"))) {
+        const QUrl url(t, QUrl::StrictMode);
+        if (!url.isValid())
+            return fail(error, QStringLiteral("\"%1\" is not a valid URI: %2").arg(t, url.errorString()));
+        a.backend = StoreBackend::Postgres;
+        a.uri = t;
+        a.host = url.host();
+        a.port = url.port(5432);
+        a.user = url.userName();
+        if (a.user.isEmpty())
+            a.user = defaultRole();
+        a.database = url.path().mid(1);
+        if (a.host.isEmpty())
+            return fail(error, QStringLiteral("\"%1\": the URI names no host").arg(t));
+        return a;
+    }
+    const bool relative = t == QLatin1String(".") || t == QLatin1String("..") || t.startsWith(QLatin1String("./")) ||
+                          t.startsWith(QLatin1String("../")) || (t.contains(QLatin1Char('/')) && !t.startsWith(QLatin1Char('~')));
+    if (t.startsWith(QLatin1Char('/')) || t.startsWith(QLatin1Char('~')) || relative) {
         QString path = t;
         if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/")))
             path = QDir::homePath() + path.mid(1);
         else if (path.startsWith(QLatin1Char('~')))
             return fail(error, QStringLiteral("\"%1\": only ~ and ~/ are understood at the start of a path").arg(t));
         a.backend = StoreBackend::Sqlite;
-        a.folder = QDir::cleanPath(path);
+        a.folder = QDir::cleanPath(QDir::current().absoluteFilePath(path));
         return a;
     }
 
@@ -57,10 +95,8 @@ std::optional<StoreAddress> StoreAddress::parse(const QString &text, QString *er
         rest = rest.mid(at + 1);
         if (a.user.isEmpty())
             return fail(error, QStringLiteral("\"%1\": the role before @ is empty").arg(t));
-    } else if (const char *env = std::getenv("PGUSER"); env && *env) {
-        a.user = QString::fromLocal8Bit(env);
     } else {
-        a.user = QStringLiteral("postgres");
+        a.user = defaultRole();
     }
 
     QString portText;

@@ -8,13 +8,15 @@ QString backendName(StoreBackend backend)
                                            : QStringLiteral("PostgreSQL");
 }
 
+// Engines end their messages with line breaks and indent hints with tabs; a
+// failure is told in one line, in a box or a log alike.
 StoreError::StoreError(Kind kind, StoreBackend backend, const QString &message,
                        const QString &reason, const QString &sqlState)
-    : std::runtime_error(message.toStdString()),
+    : std::runtime_error(message.simplified().toStdString()),
       m_kind(kind),
       m_backend(backend),
-      m_message(message),
-      m_reason(reason),
+      m_message(message.simplified()),
+      m_reason(reason.simplified()),
       m_sqlState(sqlState)
 {
 }

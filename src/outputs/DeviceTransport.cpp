@@ -5,8 +5,12 @@
 #include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QHostInfo>
+#include <QRegularExpression>
 #include <QSerialPort>
+#include <QSerialPortInfo>
 #include <QUdpSocket>
+
+#include <algorithm>
 
 namespace kestra {
 
@@ -205,6 +209,20 @@ QString DeviceTransport::deviceForPortName(const QString &portName)
         return portName;
     // Any other name is looked for under /dev, as the serial port layer does.
     return QStringLiteral("/dev/") + portName;
+}
+
+QStringList DeviceTransport::serialDevices()
+{
+    static const QRegularExpression serial(QStringLiteral("^/dev/tty(S[0-9]+|USB[0-9]+|ACM[0-9]+)$"));
+    QStringList devices;
+    for (const QSerialPortInfo &port : QSerialPortInfo::availablePorts()) {
+        const QString path = port.systemLocation();
+        if (serial.match(path).hasMatch() && deviceForPortName(path) == path &&
+            !QStringList{"/dev/ttyS0", "/dev/ttyS1", "/dev/ttyS2", "/dev/ttyS3"}.contains(path))
+            devices << path;
+    }
+    std::sort(devices.begin(), devices.end());
+    return devices;
 }
 
 void DeviceTransport::setUdpDestination(const QString &address, const QString &port)

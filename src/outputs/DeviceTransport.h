@@ -126,6 +126,10 @@ public:
 
     // The device a port name opens.
     static QString deviceForPortName(const QString &portName);
+    // The serial devices of this machine by path (/dev/ttyS*, /dev/ttyUSB*,
+    // /dev/ttyACM*), sorted; /dev/ttyS0 to /dev/ttyS3 are left out, as
+    // "COM1" to "COM4" name them already.
+    static QStringList serialDevices();
 
 private:
     std::unique_ptr<LineFactory> m_factory;

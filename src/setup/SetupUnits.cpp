@@ -91,6 +91,11 @@ const QStringList &SetupUnits::interfaces()
     return list;
 }
 
+bool SetupUnits::isDevicePath(const QString &port)
+{
+    return port.startsWith(QStringLiteral("/dev/"));
+}
+
 int SetupUnits::baseAddressChoice(int baseAddr)
 {
     const auto it = std::find(BaseAddresses.begin(), BaseAddresses.end(), baseAddr);
@@ -132,6 +137,14 @@ void SetupUnits::spinChanged(LogicalControl &spin)
     setSpin(spin, ok ? typed : spin.property(QStringLiteral("value")).toInt());
 }
 
+int SetupUnits::choiceOrStored(const QString &group, int stored) const
+{
+    // A group shows no choice for a value outside its items; that value goes
+    // back as it came rather than as "none".
+    const int index = m_controls(group).currentIndex();
+    return index >= 0 ? index : stored;
+}
+
 int SetupUnits::spinValue(const QString &name) const
 {
     return m_controls(name).property(QStringLiteral("value")).toInt();
@@ -153,9 +166,19 @@ void SetupUnits::applyEnablement()
 
 void SetupUnits::FormCreate()
 {
-    // The list is upper case, so "com1" typed into the file finds "COM1".
     LogicalControl &com = m_controls(QStringLiteral("cboCOMPort"));
-    com.setCurrentIndex(int(interfaces().indexOf(m_working.COMPort.toUpper())));
+    QStringList items = interfaces();
+    for (const QString &device : std::as_const(m_devices)) {
+        if (!items.contains(device))
+            items << device;
+    }
+    const bool device = isDevicePath(m_working.COMPort);
+    if (device && !items.contains(m_working.COMPort))
+        items << m_working.COMPort;
+    com.setItems(items);
+    // The list names are upper case, so "com1" typed into the file finds
+    // "COM1"; device paths are taken as they are.
+    com.setCurrentIndex(int(items.indexOf(device ? m_working.COMPort : m_working.COMPort.toUpper())));
     syncInterfaceText();
 
     const int choice = baseAddressChoice(m_working.BaseAddr);
@@ -253,12 +276,13 @@ bool SetupUnits::FormClose()
     const QString options = QString::fromLatin1(KestraSettings::Section);
     const int com = m_controls(QStringLiteral("cboCOMPort")).currentIndex();
     const int addr = m_controls(QStringLiteral("rgrpAddr")).currentIndex();
-    const int nameFormat = m_controls(QStringLiteral("rgrpNameFormat")).currentIndex();
-    const int team = m_controls(QStringLiteral("rgrpTeam")).currentIndex();
+    const int nameFormat = choiceOrStored(QStringLiteral("rgrpNameFormat"), m_working.NameFormat);
+    const int team = choiceOrStored(QStringLiteral("rgrpTeam"), m_working.NCAATeam);
     auto text = [this](const char *name) { return m_controls(QString::fromLatin1(name)).text(); };
 
     return m_store.update([&](SettingsDocument &key) {
-        key.WriteString(options, QStringLiteral("ComPort"), com >= 0 ? interfaces().at(com) : QString());
+        key.WriteString(options, QStringLiteral("ComPort"),
+                        com >= 0 ? m_controls(QStringLiteral("cboCOMPort")).items().at(com) : QString());
         key.WriteString(options, QStringLiteral("UDPPort"), text("EditPort"));
         key.WriteString(options, QStringLiteral("IPAddr"), text("EditIP"));
         if (addr >= 0)
@@ -270,14 +294,10 @@ bool SetupUnits::FormClose()
         key.WriteString(options, QStringLiteral("MySQLDatabase"), text("EditDatabase"));
         key.WriteString(options, QStringLiteral("MySQLUser"), text("EditUsername"));
         key.WriteString(options, QStringLiteral("MySQLPass"), text("EditPassword"));
-        // A radio group with nothing chosen (a value outside its choices)
-        // keeps what is stored, as the base address does.
-        if (nameFormat >= 0)
-            key.WriteInteger(options, QStringLiteral("NameFormat"), nameFormat);
+        key.WriteInteger(options, QStringLiteral("NameFormat"), nameFormat);
         key.WriteBool(options, QStringLiteral("UseSingleNCAA"),
                       m_controls(QStringLiteral("chkSingleNCAA")).isChecked());
-        if (team >= 0)
-            key.WriteInteger(options, QStringLiteral("NCAATeam"), team);
+        key.WriteInteger(options, QStringLiteral("NCAATeam"), team);
         return true;
     });
 }

@@ -32,8 +32,13 @@ public:
     ControlSet &controls() { return m_controls; }
     LogicalControl &operator()(const QString &name) const { return m_controls(name); }
 
+    // The serial devices of this machine (as /dev paths), offered after
+    // "COM1" to "COM4" and "UDP". Set before FormCreate.
+    void setSerialDevices(const QStringList &devices) { m_devices = devices; }
+
     // The opening: the working settings into the controls, then the
-    // enablement rule.
+    // enablement rule. A stored device path that is not offered (an adapter
+    // unplugged for now) is offered all the same, so it survives the close.
     void FormCreate();
     // A new interface: "COM1" to "COM4" select their conventional base
     // address, "UDP" keeps it; enablement; the serial device is closed.
@@ -46,10 +51,11 @@ public:
     // Writes the window's values to section "Options" in one write, in the
     // order ComPort, UDPPort, IPAddr, BaseAddr, Interval, IntervalMax,
     // CycleRate, MySQLServer, MySQLDatabase, MySQLUser, MySQLPass,
-    // NameFormat, UseSingleNCAA, NCAATeam. A radio group with no choice
-    // leaves its stored value alone; an interface outside the list is
-    // written as empty text. Only the first call writes. False when the file
-    // could not be written (the reason is logged).
+    // NameFormat, UseSingleNCAA, NCAATeam. A base address with no choice
+    // leaves its stored value alone; a name format or team outside the
+    // choices is written back as it was read; an interface outside the list
+    // is written as empty text. Only the first call writes. False when the
+    // file could not be written (the reason is logged).
     bool FormClose();
     bool isClosed() const { return m_closed; }
 
@@ -69,6 +75,8 @@ public:
 
     // "COM1", "COM2", "COM3", "COM4", "UDP".
     static const QStringList &interfaces();
+    // A device path such as /dev/ttyUSB0, which the link opens as it is.
+    static bool isDevicePath(const QString &port);
     // The choices of rgrpAddr: 1016, 760, 1000, 744; -1 for another value.
     static int baseAddressChoice(int baseAddr);
     static int baseAddressOf(int choice);
@@ -82,9 +90,11 @@ private:
     void spinChanged(LogicalControl &spin);
     void setSpin(LogicalControl &spin, int value);
     int spinValue(const QString &name) const;
+    int choiceOrStored(const QString &group, int stored) const;
 
     ControlSet m_controls;
     KestraSettings m_working;
+    QStringList m_devices;
     SettingsStore m_store;
     std::function<void()> m_closePort;
     QString m_acceptedPort;

@@ -61,6 +61,13 @@ private:
     int m_repeats = 0;
 };
 
+// Answers every message with its default and shows nothing, for a caller
+// that tells the outcome itself in its own words.
+class QuietPrompt final : public OperatorPrompt {
+public:
+    PromptAnswer ask(const PromptMessage &message) override { return message.defaultAnswer(); }
+};
+
 // Turns the escaped line breaks of task dialog texts (the two characters
 // backslash and n) into real line breaks.
 QString expandTaskDialogBreaks(const QString &text);

@@ -1,5 +1,6 @@
 #include "ui/frmSetupUnits.h"
 
+#include "outputs/DeviceTransport.h"
 #include "setup/SetupUnits.h"
 
 #include <QButtonGroup>
@@ -293,6 +294,7 @@ bool frmSetupUnits::execute(const KestraSettings &working, const SettingsStore &
                             std::function<void()> closePort, QWidget *owner)
 {
     SetupUnits logic(working, kestraKey, std::move(closePort));
+    logic.setSerialDevices(DeviceTransport::serialDevices());
     frmSetupUnits window(logic, owner);
     window.exec();
     return window.m_written;

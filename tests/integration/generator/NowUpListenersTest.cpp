@@ -150,7 +150,7 @@ TEST_F(NowUpListenersTest, AMalformedFloodIsLoggedOnceWithItsSenderAndTheListene
     ASSERT_TRUE(waitUntil([&] { return station.listeners.counts(Channel::Xml).received == 200; }));
     ASSERT_EQ(station.log.size(), 1) << station.log.join(QLatin1Char('\n')).toStdString();
     const QString line = station.log[0];
-    const QString expected = QStringLiteral("now-up RtcUdpServer1 (UDP %1): malformed datagram of 17 bytes from "
+    const QString expected = QStringLiteral("now-up listener on UDP %1: malformed datagram of 17 bytes from "
                                             "127.0.0.1:%2: not well-formed XML, line 1, column 17: ")
                                  .arg(station.listeners.port(Channel::Xml))
                                  .arg(station.sender.localPort());

@@ -136,7 +136,7 @@ TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
         const PromptMessage &m = prompt.messages.front();
         EXPECT_EQ(m.caption, QString::fromLatin1(k.caption));
         EXPECT_EQ(m.icon, k.icon);
-        EXPECT_EQ(m.buttons, PromptButtons::YesNoDefaultNo);
+        EXPECT_EQ(m.buttons, PromptButtons::YesNo); // Yes is the default in the windows
         EXPECT_EQ(m.instruction, k.instruction);
         EXPECT_EQ(m.text, k.text);
         if (k.reasonBehindExpander) {
