@@ -216,18 +216,6 @@ TEST(HeadlessOptionsTest, overlayKeyCopiesTheKeyWithTheOverridesAndLeavesTheOrig
     EXPECT_EQ(file.readAll(), before);
 }
 
-TEST(HeadlessOptionsTest, overlayKeyOfAMissingKeyHoldsOnlyTheOverrides)
-{
-    kestra::test::TempDir real;
-    kestra::test::TempDir run;
-    const SettingsStore key = SettingsStore::kestraKey(real.path());
-    const auto copy = overlayKey(key, run.file(QStringLiteral("sub/dir")), {{"Options", "UDPPort", "40001"}});
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->ReadString("Options", "UDPPort", ""), QStringLiteral("40001"));
-    EXPECT_EQ(copy->read().sections(), QStringList({"Options"}));
-    EXPECT_FALSE(QFile::exists(key.filePath()));
-}
-
 TEST(HeadlessOptionsTest, overlayKeyFailsWhereNoFolderCanBeMade)
 {
     kestra::test::TempDir real;

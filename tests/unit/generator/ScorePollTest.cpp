@@ -265,22 +265,6 @@ TEST_F(ScorePollTest, RowsOutsideTheFilterOrWithoutAGymAreNeverTaken)
     EXPECT_EQ(marked(), QList<int>{otherSession});
 }
 
-TEST_F(ScorePollTest, ARestartedProgramDoesNotRepeatMarkedRows)
-{
-    tickOnly(1, {1});
-    const int shown = addScore(1, 1, "1", 101);
-    const int missed = addScore(1, 1, "1", 102);
-    tickAt(kStart);
-    // What a new program has: stopped, its slots zeroed, nothing in memory.
-    rig.main().stop();
-    rig.main().eventSlots() = {};
-    ASSERT_TRUE(rig.main().start());
-    tickAt(5000);
-    EXPECT_EQ(slot(1).Num, 102);
-    tickAt(5000 + 64000);
-    EXPECT_EQ(marked(), (QList<int>{shown, missed}));
-}
-
 TEST_F(ScorePollTest, SideTwoIsTheTwinOfSideOneOnItsOwnGroupAndSessions)
 {
     rig.main().stop();
@@ -324,29 +308,6 @@ TEST_F(ScorePollTest, NcaaModeNotesTheTeamOfEachScoreShown)
     tickAt(kStart + 4000);
     EXPECT_EQ(rig.main().poll().teamOnEvent(1, 1), -1) << "the team moved on";
     EXPECT_EQ(rig.main().poll().teamOnEvent(3, 1), 4);
-}
-
-TEST(TeamOnEventTest, ATeamIsOnOneEventOfAColumnAtATime)
-{
-    MainRig rig;
-    ScorePoll &poll = rig.main().poll();
-    poll.resetTeams(4, 0);
-    poll.NoteTeamOnEvent(7, 1, 1);
-    poll.NoteTeamOnEvent(7, 3, 1);
-    poll.NoteTeamOnEvent(9, 1, 1);
-    EXPECT_EQ(poll.teamOnEvent(1, 1), 9);
-    EXPECT_EQ(poll.teamOnEvent(3, 1), 7);
-    // Column 2 has no events counted, so nothing is taken away there.
-    poll.NoteTeamOnEvent(7, 2, 2);
-    poll.NoteTeamOnEvent(7, 5, 2);
-    EXPECT_EQ(poll.teamOnEvent(2, 2), 7);
-    EXPECT_EQ(poll.teamOnEvent(5, 2), 7);
-    // Events beyond the column's count keep their team.
-    poll.NoteTeamOnEvent(8, 6, 1);
-    poll.NoteTeamOnEvent(8, 2, 1);
-    EXPECT_EQ(poll.teamOnEvent(6, 1), 8);
-    poll.resetTeams(4, 6);
-    EXPECT_EQ(poll.teamOnEvent(6, 1), -1);
 }
 
 TEST_F(ScorePollTest, AFailedMarkStillShowsTheScoreAndTheRowIsTakenAgain)

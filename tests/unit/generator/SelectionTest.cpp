@@ -70,17 +70,6 @@ TEST_F(SelectionTest, ANewMeetListsItsSessionsEmptiesTheChosenOnesAndResetsTheGr
     EXPECT_EQ(rig(S("cboSession2y")).items(), (QStringList{"1", "2", "3", "4"}));
 }
 
-TEST_F(SelectionTest, ASessionBoxTakesAChoiceFromItsListOrTypedText)
-{
-    LogicalControl &box = rig(S("cboSession1y"));
-    box.operatorSelect(1);
-    EXPECT_EQ(box.text(), S("2"));
-    box.operatorSetText(S("3"));
-    EXPECT_EQ(box.currentIndex(), 2);
-    box.operatorSetText(QString());
-    EXPECT_EQ(box.currentIndex(), -1);
-}
-
 TEST_F(SelectionTest, AnEventGroupShowsOneRowPerApparatusAndKeepsTheMarksOfHiddenRows)
 {
     ASSERT_TRUE(selection().selectEventGroup(1, 2)); // six men's apparatus
@@ -168,18 +157,4 @@ TEST_F(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
         EXPECT_EQ(rotation.property(S("columns")).toInt(), s.items);
         EXPECT_EQ(rotation.currentIndex(), s.current);
     }
-}
-
-TEST_F(SelectionTest, ARunLocksTheSelectionButNotTheEventBoxes)
-{
-    ASSERT_TRUE(rig.main().start());
-    EXPECT_FALSE(selection().selectMeet(2));
-    EXPECT_EQ(selection().lastError(), S("The selection cannot be changed while the generator runs."));
-    EXPECT_FALSE(selection().setSessions(1, {S("2")}));
-    EXPECT_FALSE(rig.main().selectTarget(OutputTarget::Barco));
-    EXPECT_EQ(rig.main().table(S("Meets"))->value(S("MeetID")).toInt(), 1);
-    EXPECT_TRUE(selection().setTickedEvents(1, {1, 2, 3}));
-    EXPECT_TRUE(selection().setEventPaused(2, 1, true));
-    rig.main().stop();
-    EXPECT_TRUE(selection().selectMeet(2));
 }
