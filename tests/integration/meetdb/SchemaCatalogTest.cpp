@@ -61,21 +61,6 @@ protected:
         return out;
     }
 
-    QStringList indexNames(const QString &table)
-    {
-        QStringList out;
-        QueryResult r = GetParam() == StoreBackend::Sqlite
-                            ? f.store->queryNative(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'index' "
-                                                                  "AND tbl_name = ? AND sql IS NOT NULL ORDER BY name"),
-                                                   {table})
-                            : f.store->queryNative(QStringLiteral("SELECT indexname FROM pg_indexes WHERE tablename = ? "
-                                                                  "AND indexname NOT LIKE '%\\_pkey' ORDER BY indexname"),
-                                                   {table.toLower()});
-        for (; !r.eof(); r.next())
-            out << r.value(0).toString();
-        return out;
-    }
-
     FreshStore f;
 };
 
@@ -119,38 +104,6 @@ TEST_P(SchemaCatalog, TablesHaveTheirColumnsTypesAndRequiredFlags)
     ASSERT_EQ(gymnasts.size(), 196);
     EXPECT_EQ(gymnasts[167], expected({{"E1SaveTime", "DATETIME", "timestamp without time zone", false}})[0]);
     EXPECT_EQ(gymnasts[195], expected({{"E7EBonus", "FLOAT", "real", false}})[0]);
-}
-
-TEST_P(SchemaCatalog, IndexesCarryTheTableInTheirNames)
-{
-    const bool lite = GetParam() == StoreBackend::Sqlite;
-    auto names = [&](QStringList list) {
-        if (!lite) {
-            for (QString &n : list)
-                n = n.toLower();
-        }
-        list.sort(Qt::CaseSensitive);
-        return list;
-    };
-    EXPECT_EQ(indexNames(QStringLiteral("ScoreQueue")),
-              names({"ScoreQueue_$SQL$FOREIGNKEY$DETAIL$INDEX#0$Meets", "ScoreQueue_byDT",
-                     "ScoreQueue_byMeetGroupEventSess"}));
-    EXPECT_EQ(indexNames(QStringLiteral("QueueDone")),
-              names({"QueueDone_$SQL$FOREIGNKEY$DETAIL$INDEX#0$ScoreApps",
-                     "QueueDone_$SQL$FOREIGNKEY$DETAIL$INDEX#0$ScoreQueue"}));
-    EXPECT_EQ(indexNames(QStringLiteral("Gymnasts")).size(), 12);
-    EXPECT_EQ(indexNames(QStringLiteral("Host")).size(), 0);
-    // PostgreSQL keys cannot ignore case, so the key gets a unique index of its own.
-    EXPECT_EQ(indexNames(QStringLiteral("JudgePanels")).size(), lite ? 4 : 5);
-    EXPECT_EQ(indexNames(QStringLiteral("PartAwrd")), names({"PartAwrd_xEventID"}));
-
-    // The case-insensitive index column: COLLATE NOCASE, lower(...).
-    const QString definition =
-        lite ? scalar(*f.store, QStringLiteral("SELECT sql FROM sqlite_master WHERE name = 'ScoreQueue_byMeetGroupEventSess'")).toString()
-             : scalar(*f.store, QStringLiteral("SELECT indexdef FROM pg_indexes WHERE indexname = 'scorequeue_bymeetgroupeventsess'")).toString();
-    EXPECT_TRUE(definition.contains(lite ? QStringLiteral("\"Session\" COLLATE NOCASE")
-                                         : QStringLiteral("lower((session)::text)")))
-        << definition.toStdString();
 }
 
 KESTRA_BOTH_BACKENDS(SchemaCatalog);

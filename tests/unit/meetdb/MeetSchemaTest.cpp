@@ -44,40 +44,6 @@ TEST(MeetSchema, TablesHaveTheirFieldCounts)
     }
 }
 
-// What the engines' catalogs cannot show: how keys ignore case, references
-// without a unique parent, keyless tables. The rest is checked on the engines.
-TEST(MeetSchema, KeysIndexesAndReferences)
-{
-    const TableDef *sq = MeetSchema::table(QStringLiteral("scorequeue"));
-    ASSERT_NE(sq, nullptr);
-    EXPECT_EQ(sq->primaryKey.value(0).field, QStringLiteral("DataID"));
-    ASSERT_EQ(sq->indexes.size(), 3);
-    EXPECT_TRUE(sq->indexes[0].fields[3].caseInsensitive);
-    EXPECT_FALSE(sq->indexes[0].fields[4].caseInsensitive);
-    EXPECT_TRUE(sq->indexes[2].foreignKey);
-
-    const TableDef *jp = MeetSchema::table(QStringLiteral("JudgePanels"));
-    ASSERT_EQ(jp->primaryKey.size(), 4);
-    EXPECT_TRUE(jp->primaryKey[1].caseInsensitive);
-    EXPECT_EQ(jp->references[2].parentTable, QStringLiteral("Sessions"));
-    EXPECT_EQ(jp->references[2].fields, (QStringList{"MeetID", "Session"}));
-
-    const TableDef *ageDate = MeetSchema::table(QStringLiteral("AgeDate"));
-    ASSERT_EQ(ageDate->references.size(), 4);
-    const ReferenceDef &levelSort = ageDate->references[2];
-    EXPECT_EQ(levelSort.parentFields, (QStringList{"EventID", "LevelSort"}));
-    EXPECT_FALSE(levelSort.mustExist);
-    EXPECT_EQ(levelSort.onDelete, RefAction::None);
-    EXPECT_EQ(levelSort.onUpdate, RefAction::Cascade);
-
-    EXPECT_TRUE(MeetSchema::table(QStringLiteral("NextID"))->primaryKey.isEmpty());
-    const TableDef *part = MeetSchema::table(QStringLiteral("PartAwrd"));
-    EXPECT_TRUE(part->primaryKey.isEmpty());
-    ASSERT_EQ(part->indexes.size(), 1);
-    EXPECT_TRUE(part->indexes[0].unique);
-    EXPECT_EQ(MeetSchema::table(QStringLiteral("ScoreApps"))->autoIncStart, 1);
-}
-
 TEST(MeetSchema, NamesAreConsistentAcrossTablesAndEngines)
 {
     // A field name is spelt the same wherever it appears, so a PostgreSQL
