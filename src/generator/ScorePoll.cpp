@@ -202,11 +202,6 @@ void ScorePoll::noteTeamOf(int num, int event, int side)
         NoteTeamOnEvent(gymnasts->value(QStringLiteral("Gym")).toInt(), event, side);
 }
 
-void ScorePoll::startRun()
-{
-    resetTeams(m_context.numEvents(1), m_context.isDual() ? m_context.numEvents(2) : 0);
-}
-
 void ScorePoll::resetTeams(int eventCount1, int eventCount2)
 {
     for (auto &cells : m_teamOnEvent)

@@ -41,7 +41,6 @@ public:
 
     // What Start does to the team-on-event table: every cell -1, and the
     // number of events of each column (column 2 only in dual display).
-    void startRun();
     void resetTeams(int eventCount1, int eventCount2);
     // Notes that a competitor of `team` was just shown on `event`: the team
     // leaves every other event of that column.

@@ -122,7 +122,6 @@ public:
     QString tableName() const;
     QStringList fieldNames() const;
     int fieldIndex(const QString &name) const;
-    QStringList orderFields() const;
     bool isOpen() const;
     void close();
 
@@ -142,7 +141,6 @@ public:
     // Moves to the first row whose leading order fields equal the values.
     bool findKey(const QVariantList &keyValues);
     void setRange(const QVariantList &low, const QVariantList &high);
-    void cancelRange();
     // Reads again; keeps the current row by key where it still exists, else
     // moves to the row that follows it.
     void refresh();

@@ -322,11 +322,6 @@ int TableCursor::fieldIndex(const QString &name) const
     return d->info.fieldIndex(name);
 }
 
-QStringList TableCursor::orderFields() const
-{
-    return d->order;
-}
-
 bool TableCursor::isOpen() const
 {
     return d->open && d->store;
@@ -561,11 +556,6 @@ void TableCursor::setRange(const QVariantList &low, const QVariantList &high)
     d->buffer.clear();
     d->hasStart = d->hasEnd = false;
     first();
-}
-
-void TableCursor::cancelRange()
-{
-    setRange({}, {});
 }
 
 void TableCursor::refresh()

@@ -90,31 +90,4 @@ bool KestraSettings::writeAtClose(SettingsStore &kestraKey) const
     });
 }
 
-OutputTarget KestraSettings::selectedTarget() const
-{
-    const std::pair<bool, OutputTarget> order[] = {
-        {UseDaktronics, OutputTarget::Daktronics}, {UseBarco, OutputTarget::Barco},
-        {UseWhiteWay, OutputTarget::WhiteWay},     {UseFile, OutputTarget::File},
-        {UseXML, OutputTarget::XML},               {UseXpression, OutputTarget::Xpression},
-    };
-    OutputTarget checked = OutputTarget::Daktronics;
-    for (const auto &[flag, target] : order) {
-        if (flag)
-            checked = target;
-        else if (checked == target)
-            checked = OutputTarget::None;
-    }
-    return checked;
-}
-
-void KestraSettings::selectTarget(OutputTarget target)
-{
-    UseDaktronics = target == OutputTarget::Daktronics;
-    UseBarco = target == OutputTarget::Barco;
-    UseWhiteWay = target == OutputTarget::WhiteWay;
-    UseFile = target == OutputTarget::File;
-    UseXML = target == OutputTarget::XML;
-    UseXpression = target == OutputTarget::Xpression;
-}
-
 } // namespace kestra

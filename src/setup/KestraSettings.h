@@ -63,13 +63,6 @@ struct KestraSettings {
     void readAtShow(const SettingsDocument &key);
     void readAfterSetup(const SettingsDocument &key);
     void writeAtClose(SettingsDocument &key) const;
-
-    // The radio button left checked when the stored flags are put into the
-    // six buttons in their order, Daktronics checked beforehand: a later true
-    // flag wins over an earlier one, and a false flag unchecks its own button.
-    OutputTarget selectedTarget() const;
-    // The operator's choice, as the close will store it: one flag set.
-    void selectTarget(OutputTarget target);
 };
 
 } // namespace kestra

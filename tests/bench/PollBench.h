@@ -2,6 +2,7 @@
 
 // Shared by the poll benchmark and its data builder.
 
+#include "generator/ScorePoll.h"
 #include "meetdb/SqlDialect.h"
 
 #include <QString>
@@ -24,23 +25,10 @@ inline PollLayout layoutNamed(const QString &name)
     return {QStringLiteral("busy"), 500, 500, 40};
 }
 
-// The poll of one event, line by line as the generator composes it.
+// The poll of one event, as the generator composes it.
 inline QString pollStatement(int meet)
 {
-    return QStringList{
-        QStringLiteral("select ScoreQueue.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2"),
-        QStringLiteral("where s.MeetID = %1").arg(meet),
-        QStringLiteral("and s.EventID = 1"),
-        QStringLiteral("and s.Event = 1"),
-        QStringLiteral("and g1.meetid = s.meetid"),
-        QStringLiteral("and g1.num = s.num"),
-        QStringLiteral("and g1.gym = g2.gymid"),
-        QStringLiteral("and (s.Session = '1'"),
-        QStringLiteral(")"),
-        QStringLiteral("and s.DataID not in (select DataId from QueueDone where AppID = 4)"),
-        QStringLiteral("order by s.DT"),
-    }
-        .join(QStringLiteral("\r\n"));
+    return ScoreQueueSql(meet, 1, 1, {QStringLiteral("1")}).join(QStringLiteral("\r\n"));
 }
 
 // The same statement with only the alias fixed, keeping "not in": what an

@@ -17,10 +17,7 @@ QString seededTemplate()
     static TempDir folder;
     static bool made = false;
     if (!made) {
-        auto store = DevStore::openOrCreate(folder.path());
-        DevStore::createSchema(*store, false);
-        DevStore::seed(*store);
-        store->close();
+        seedMeet(folder.path())->close();
         made = true;
     }
     return folder.file(QStringLiteral("Marlowen.sqlite"));
@@ -50,13 +47,12 @@ private:
 
 } // namespace
 
-void copySeededStore(const QString &folder)
+std::unique_ptr<MeetStore> seedMeet(const QString &address)
 {
-    QDir().mkpath(folder);
-    const QString target = folder + QStringLiteral("/Marlowen.sqlite");
-    QFile::remove(target);
-    ASSERT_TRUE(QFile::copy(seededTemplate(), target));
-    QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
+    auto store = DevStore::openOrCreate(address);
+    EXPECT_TRUE(DevStore::createSchema(*store, false));
+    DevStore::seed(*store);
+    return store;
 }
 
 MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings, StoreBackend backend)
@@ -64,12 +60,15 @@ MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArr
     configFolder = dir.file(QStringLiteral("config"));
     if (backend == StoreBackend::Sqlite) {
         dbFolder = dir.file(QStringLiteral("db"));
-        copySeededStore(dbFolder);
+        QDir().mkpath(dbFolder);
+        const QString file = dbFolder + QStringLiteral("/Marlowen.sqlite");
+        EXPECT_TRUE(QFile::copy(seededTemplate(), file));
+        QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
     } else {
         const Endpoint server = sharedPostgres();
         alias = createPostgresDatabase(QStringLiteral("kt_main"));
         dbFolder = QStringLiteral("%1:%2").arg(server.host).arg(server.port);
-        DevStore::createSchema(peer(), false);
+        EXPECT_TRUE(DevStore::createSchema(peer(), false));
         DevStore::seed(peer());
     }
     if (prepare)
@@ -141,8 +140,17 @@ QVariant MainRig::scalar(const QString &sql)
 
 QList<QByteArray> MainRig::frames(int atLeast)
 {
-    waitUntil([&] { return m_frames.size() >= atLeast; }, std::chrono::milliseconds(atLeast > 0 ? 2000 : 50));
+    // Datagrams already sent are read once the loop runs.
+    waitUntil([&] { return atLeast > 0 && m_frames.size() >= atLeast; },
+              std::chrono::milliseconds(atLeast > 0 ? 2000 : 20));
     return m_frames;
+}
+
+QList<QByteArray> MainRig::newFrames(int atLeast)
+{
+    const QList<QByteArray> fresh = frames(atLeast > 0 ? m_seen + atLeast : 0).mid(m_seen);
+    m_seen = int(m_frames.size());
+    return fresh;
 }
 
 } // namespace kestra::test

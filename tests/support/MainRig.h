@@ -1,10 +1,12 @@
 #pragma once
 
 #include "generator/KestraMain.h"
+#include "meetdb/DevStore.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
+#include "outputs/DisplayWriter.h"
 #include "setup/SettingsStore.h"
 #include "support/TestSupport.h"
 #include "support/TickSource.h"
@@ -44,6 +46,8 @@ public:
     // Frames received from the display link so far (waits briefly for more
     // when asked for at least `atLeast`).
     QList<QByteArray> frames(int atLeast = 0);
+    // The frames received since the last call.
+    QList<QByteArray> newFrames(int atLeast = 0);
 
     TempDir dir;
     QString dbFolder; // SQLite: the folder; PostgreSQL: the server address
@@ -60,12 +64,13 @@ public:
 private:
     QUdpSocket m_board;
     QList<QByteArray> m_frames;
+    int m_seen = 0;
     std::unique_ptr<MeetStore> m_peer;
     std::unique_ptr<KestraMain> m_main;
 };
 
-// Copies the seeded template database into a folder.
-void copySeededStore(const QString &folder);
+// A meet database with the development seed at `address` (folder or server).
+std::unique_ptr<MeetStore> seedMeet(const QString &address);
 
 // A test over the main window, created and shown on the seeded store
 // (changed first by `prepare` when given).
@@ -76,9 +81,31 @@ protected:
     MainRig rig;
 };
 
-inline QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
+// A target this build has no writer for yet, noting its calls in order:
+// "event 3/1" (slot 3, side 1), "nowup 1/2", "leader 2", "ncaa", "matrix", "record".
+class RecordingWriter final : public DisplayWriter {
+public:
+    RecordingWriter(QString targetName, TargetKind kind) : m_name(std::move(targetName)), m_kind(kind) {}
+    QString targetName() const override { return m_name; }
+    TargetKind kind() const override { return m_kind; }
+    DeviceError sendEventLine(int slot, int side) override { return note(QStringLiteral("event %1/%2").arg(slot).arg(side)); }
+    DeviceError sendNowUpLine(int slot, int side) override { return note(QStringLiteral("nowup %1/%2").arg(slot).arg(side)); }
+    DeviceError sendLeaderPage(int page) override { return note(QStringLiteral("leader %1").arg(page)); }
+    DeviceError sendNCAA() override { return note(QStringLiteral("ncaa")); }
+    DeviceError sendMatrix() override { return note(QStringLiteral("matrix")); }
+    DeviceError sendRecord() override { return note(QStringLiteral("record")); }
+
+    QStringList calls;
+    DeviceError result = DeviceErrors::Success; // the answer of every call
+
+private:
+    DeviceError note(const QString &call)
+    {
+        calls << call;
+        return result;
+    }
+    QString m_name;
+    TargetKind m_kind;
+};
 
 } // namespace kestra::test

@@ -10,9 +10,21 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <vector>
 
+// Test failures show texts as text.
+inline void PrintTo(const QString &text, std::ostream *os)
+{
+    *os << '"' << text.toStdString() << '"';
+}
+
 namespace kestra::test {
+
+inline QString S(const char *text)
+{
+    return QString::fromUtf8(text);
+}
 
 // A folder of its own for one test, removed afterwards.
 class TempDir {

@@ -110,31 +110,6 @@ TEST(ServerListWidget, DrawsTheListLoadsAfterShowingAndForwardsTheOperator)
     EXPECT_EQ(RegisteredServers(key).entries().size(), 2);
 }
 
-TEST(ServerListWidget, ExecuteReturnsTheConfirmedServer)
-{
-    TempDir dir;
-    SettingsStore key = SettingsStore::marlowenKey(dir.path());
-    ASSERT_TRUE(RegisteredServers(key).rewrite(Stored));
-    RecordingPrompt prompt;
-    // The operator double-clicks the first row once the window is up.
-    QTimer::singleShot(0, [] {
-        waitUntil([] {
-            auto *w = qobject_cast<frmRegisteredServers *>(QApplication::activeModalWidget());
-            return w && w->findChild<QTableWidget *>(QStringLiteral("grdServers"))->rowCount() == 2;
-        });
-        auto *w = QApplication::activeModalWidget();
-        if (!w)
-            return;
-        auto *grid = w->findChild<QTableWidget *>(QStringLiteral("grdServers"));
-        grid->setCurrentCell(0, 0);
-        emit grid->cellDoubleClicked(0, 0);
-    });
-    const std::optional<QString> chosen = frmRegisteredServers::execute(key, prompt, nullptr);
-    ASSERT_TRUE(chosen);
-    EXPECT_EQ(*chosen, QStringLiteral("Arena"));
-    EXPECT_TRUE(prompt.messages.empty()) << "no server was in use, so no warning";
-}
-
 TEST(ServerListWidget, IsTheServerListOfTheConnectSequence)
 {
     TempDir meet;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QHostAddress>
@@ -14,7 +12,6 @@
 #include <QTimer>
 #include <QUdpSocket>
 
-#include <algorithm>
 #include <functional>
 
 using namespace kestra;
@@ -67,52 +64,35 @@ TEST(MessageBoxPromptTest, taskDialogTextsBreaksIconAndButtons)
     EXPECT_EQ(box->textFormat(), Qt::PlainText);
 }
 
-struct BoxCase {
-    const char *what;
-    PromptButtons buttons;
-    PromptIcon icon;
-    QMessageBox::StandardButton defaultButton;
-    QMessageBox::Icon shownIcon;
-};
-
-void PrintTo(const BoxCase &c, std::ostream *os)
+TEST(MessageBoxPromptTest, defaultButtonIconAndPlainText)
 {
-    *os << c.what;
+    const struct {
+        PromptButtons buttons;
+        PromptIcon icon;
+        QMessageBox::StandardButton defaultButton;
+        QMessageBox::Icon shownIcon;
+    } cases[] = {
+        {PromptButtons::Ok, PromptIcon::Error, QMessageBox::Ok, QMessageBox::Critical},
+        {PromptButtons::YesNo, PromptIcon::Question, QMessageBox::Yes, QMessageBox::Question},
+        {PromptButtons::YesNoDefaultNo, PromptIcon::Warning, QMessageBox::No, QMessageBox::Warning},
+        {PromptButtons::Ok, PromptIcon::Information, QMessageBox::Ok, QMessageBox::Information},
+        {PromptButtons::Ok, PromptIcon::None, QMessageBox::Ok, QMessageBox::NoIcon},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(int(c.shownIcon));
+        PromptMessage m;
+        m.caption = S("Data Validation Error");
+        m.text = S("The connection to the server was lost.\r\rKestra will restart.\r\nNow.");
+        m.buttons = c.buttons;
+        m.icon = c.icon;
+        const auto box = MessageBoxPrompt::build(m, nullptr);
+        EXPECT_EQ(box->defaultButton(), box->button(c.defaultButton));
+        EXPECT_EQ(box->icon(), c.shownIcon);
+        // A plain box has its text as the main line, broken at carriage returns.
+        EXPECT_EQ(box->text(), S("The connection to the server was lost.\n\nKestra will restart.\nNow."));
+        EXPECT_TRUE(box->informativeText().isEmpty());
+    }
 }
-
-class MessageBoxPromptButtons : public testing::TestWithParam<BoxCase> {};
-
-TEST_P(MessageBoxPromptButtons, defaultButtonAndIcon)
-{
-    const BoxCase &c = GetParam();
-    PromptMessage m;
-    m.caption = S("Data Validation Error");
-    m.text = S("The connection to the server was lost.\r\rKestra will restart.\r\nNow.");
-    m.buttons = c.buttons;
-    m.icon = c.icon;
-    const auto box = MessageBoxPrompt::build(m, nullptr);
-    EXPECT_EQ(box->defaultButton(), box->button(c.defaultButton)) << c.what;
-    EXPECT_EQ(box->icon(), c.shownIcon) << c.what;
-    // A plain box has its text as the main line, broken at carriage returns.
-    EXPECT_EQ(box->text(), S("The connection to the server was lost.\n\nKestra will restart.\nNow."));
-    EXPECT_TRUE(box->informativeText().isEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    MessageBoxPromptTest, MessageBoxPromptButtons,
-    testing::Values(BoxCase{"ok", PromptButtons::Ok, PromptIcon::Error, QMessageBox::Ok, QMessageBox::Critical},
-                    BoxCase{"yes first", PromptButtons::YesNo, PromptIcon::Question, QMessageBox::Yes,
-                            QMessageBox::Question},
-                    BoxCase{"no first", PromptButtons::YesNoDefaultNo, PromptIcon::Warning, QMessageBox::No,
-                            QMessageBox::Warning},
-                    BoxCase{"information", PromptButtons::Ok, PromptIcon::Information, QMessageBox::Ok,
-                            QMessageBox::Information},
-                    BoxCase{"no icon", PromptButtons::Ok, PromptIcon::None, QMessageBox::Ok, QMessageBox::NoIcon}),
-    [](const testing::TestParamInfo<BoxCase> &info) {
-        std::string name = info.param.what;
-        std::replace(name.begin(), name.end(), ' ', '_');
-        return name;
-    });
 
 TEST(MessageBoxPromptTest, askAnswersWithTheButtonPressedOverItsOwner)
 {

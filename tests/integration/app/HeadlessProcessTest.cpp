@@ -5,9 +5,7 @@
 #include "outputs/BoardMirror.h"
 
 #include "integration/app/ChildProgram.h"
-#include "integration/app/SeededMain.h"
-
-#include <ostream>
+#include "support/MainRig.h"
 
 #include <QFile>
 #include <QNetworkDatagram>
@@ -22,11 +20,6 @@ using namespace kestra;
 using namespace kestra::test;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 // What a board shows, frame by frame: each new competitor in an event slot.
 struct BoardView {
@@ -213,48 +206,28 @@ TEST(HeadlessLostServerTest, aServerThatGoesAwayEndsTheRunWithAFailure)
         << errors.toStdString();
 }
 
-struct RefusedLine {
-    const char *what;
-    QStringList arguments; // "{store}" is the seeded store, "{empty}" an empty folder
-    int status;
-    const char *message;
-};
-
-void PrintTo(const RefusedLine &line, std::ostream *os)
+TEST_F(HeadlessProcessTest, refusalsEndWithTheirStatusAndOneClearLine)
 {
-    *os << line.what;
-}
-
-class HeadlessRefusals : public HeadlessProcessTest, public testing::WithParamInterface<RefusedLine> {};
-
-TEST_P(HeadlessRefusals, endWithTheirStatusAndOneClearLine)
-{
-    const RefusedLine &line = GetParam();
     TempDir empty;
-    QStringList arguments;
-    for (QString a : line.arguments) {
-        a.replace(S("{store}"), meet.path());
-        a.replace(S("{empty}"), empty.path());
-        arguments.append(a);
+    const struct {
+        QStringList arguments;
+        int status;
+        const char *message;
+    } lines[] = {
+        {{"--colour", "red"}, 2, "kestra-headless: unknown option \"--colour\""},
+        {{"--store", empty.path()}, 1, "kestra-headless: The \"Marlowen\" database alias could not be found on the server"},
+        {{"--server", "Nope"}, 1,
+         "kestra-headless: Kestra was unable to find the server \"Nope\" in the list of registered servers."},
+        {{"--store", meet.path(), "--meet", "99"}, 3, "kestra-headless: --meet 99"},
+    };
+    for (const auto &line : lines) {
+        SCOPED_TRACE(line.message);
+        Headless run(home, line.arguments);
+        EXPECT_EQ(run.finish(), line.status) << run.errors().toStdString();
+        EXPECT_TRUE(run.errors().contains(S(line.message))) << run.errors().toStdString();
     }
-    Headless run(home, arguments);
-    EXPECT_EQ(run.finish(), line.status) << line.what << ": " << run.errors().toStdString();
-    const QString errors = run.errors();
-    EXPECT_TRUE(errors.contains(S(line.message))) << line.what << ": " << errors.toStdString();
     EXPECT_TRUE(queueDone().isEmpty());
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    HeadlessProcessTest, HeadlessRefusals,
-    testing::Values(
-        RefusedLine{"unknown option", {S("--colour"), S("red")}, 2, "kestra-headless: unknown option \"--colour\""},
-        RefusedLine{"a folder without a meet database", {S("--store"), S("{empty}")}, 1,
-                    "kestra-headless: The \"Marlowen\" database alias could not be found on the server"},
-        RefusedLine{"a server nobody registered", {S("--server"), S("Nope")}, 1,
-                    "kestra-headless: Kestra was unable to find the server \"Nope\" in the list of registered servers."},
-        RefusedLine{"a meet that is not there", {S("--store"), S("{store}"), S("--meet"), S("99")}, 3,
-                    "kestra-headless: --meet 99"}),
-    [](const testing::TestParamInfo<RefusedLine> &info) { return "line" + std::to_string(info.index); });
 
 TEST(HeadlessProcessHelpTest, helpNamesTheOptionsAndEndsWell)
 {

@@ -2,22 +2,16 @@
 // it comes up on the server in use, and a signal closes it as the operator
 // would, so the close writes the display target back.
 #include "integration/app/ChildProgram.h"
-#include "integration/app/SeededMain.h"
+#include "support/MainRig.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-
 using namespace kestra;
 using namespace kestra::test;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 class OperatorProgramTest : public testing::Test {
 protected:

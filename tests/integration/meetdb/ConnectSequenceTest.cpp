@@ -1,14 +1,9 @@
-#include "meetdb/LostConnection.h"
 #include "meetdb/RunConnection.h"
 #include "meetdb/ServerConnection.h"
 
 #include "StoreFixture.h"
 
-#include <libpq-fe.h>
-
-#include <chrono>
 #include <functional>
-#include <thread>
 
 using namespace kestra;
 using namespace kestra::test;
@@ -62,20 +57,6 @@ struct World {
 class ConnectSequence : public testing::TestWithParam<StoreBackend> {};
 
 } // namespace
-
-TEST_P(ConnectSequence, AGoodServerConnectsWithoutADialog)
-{
-    World w(GetParam());
-    w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, QStringLiteral("Arena"));
-    RecordingPrompt prompt;
-    auto c = w.connection(prompt);
-    ASSERT_TRUE(c->connectAtStartup());
-    EXPECT_TRUE(prompt.messages.empty());
-    EXPECT_TRUE(c->isConnected());
-    EXPECT_EQ(c->currentServerName(), QStringLiteral("Arena"));
-    EXPECT_EQ(w.titleUpdates, 1);
-    EXPECT_EQ(c->store().query(QStringLiteral("select Version from DBVersion")).value(0).toLongLong(), 0x050A0500);
-}
 
 TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
 {
@@ -211,6 +192,9 @@ TEST_P(ConnectSequence, ChangeServerWithCancelReconnectsToTheServerInUse)
     RecordingPrompt prompt;
     auto c = w.connection(prompt);
     ASSERT_TRUE(c->connectAtStartup());
+    EXPECT_TRUE(prompt.messages.empty());
+    EXPECT_EQ(w.titleUpdates, 1);
+    EXPECT_EQ(c->store().query(QStringLiteral("select Version from DBVersion")).value(0).toLongLong(), 0x050A0500);
     c->setChooser([](SettingsStore &) -> std::optional<QString> { return std::nullopt; });
     EXPECT_TRUE(c->changeServer());
     EXPECT_TRUE(c->isConnected());
@@ -312,69 +296,4 @@ TEST(ConnectSequenceOnPostgres, WhenBothFailTheReasonIsTheLastAttempts)
     // An entry with neither address tries nothing and shows what was left.
     EXPECT_EQ(prompt.messages[1].instruction, QStringLiteral("Kestra was unable to connect to the server \"Empty\"."));
     EXPECT_EQ(prompt.messages[1].details, first);
-}
-
-TEST(LostConnection, AServerStoppedUnderARunningQueryRestartsTheProgram)
-{
-    PrivatePostgres server;
-    const Endpoint e = server.endpoint();
-    postgresExec(e, QStringLiteral("postgres"), QStringLiteral("create database marlowen"));
-    const QString address = QStringLiteral("127.0.0.1:%1").arg(e.port);
-    {
-        auto admin = MeetStore::forAddress(address);
-        admin->connect();
-        admin->openDatabase();
-        MeetSchema::create(*admin);
-    }
-    TempDir settings;
-    SettingsStore key = SettingsStore::marlowenKey(settings.path());
-    ASSERT_TRUE(RegisteredServers(key).rewrite({{"Arena East", "", address, "LAN / WAN"}}));
-    ASSERT_TRUE(RegisteredServers(key).setCurrentServerName(QStringLiteral("Arena East")));
-
-    RecordingPrompt prompt;
-    ServerConnection connection(key, prompt);
-    ASSERT_TRUE(connection.connectAtStartup());
-
-    std::vector<std::string> order;
-    LostConnectionHandler handler(prompt, {[&] { order.push_back("timers off"); },
-                                           [&] { return connection.currentServerName(); },
-                                           [&] { order.push_back("restart"); },
-                                           {}});
-    prompt.setWhileShown([&](const PromptMessage &) { order.push_back("message"); });
-
-    // Stops the server once the query is under way (or after ten seconds).
-    std::thread stopper([&] {
-        const QByteArray conninfo = QStringLiteral("host=127.0.0.1 port=%1 user=postgres dbname=postgres")
-                                        .arg(e.port).toUtf8();
-        for (int i = 0; i < 200; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            PGconn *watch = PQconnectdb(conninfo.constData());
-            PGresult *res = PQexec(watch, "select 1 from pg_stat_activity where state = 'active' "
-                                          "and query like 'select pg_sleep%'");
-            const bool running = PQresultStatus(res) == PGRES_TUPLES_OK && PQntuples(res) > 0;
-            PQclear(res);
-            PQfinish(watch);
-            if (running)
-                break;
-        }
-        server.stop();
-    });
-    const bool ran = handler.guard([&] { connection.store().queryNative(QStringLiteral("select pg_sleep(30)")); });
-    stopper.join();
-
-    EXPECT_FALSE(ran);
-    EXPECT_TRUE(handler.isRestarting());
-    EXPECT_EQ(order, (std::vector<std::string>{"timers off", "message", "restart"}));
-    ASSERT_EQ(prompt.messages.size(), 1u);
-    const PromptMessage &m = prompt.messages.front();
-    EXPECT_EQ(m.caption, QStringLiteral("Marlowen Server Connection"));
-    EXPECT_EQ(m.icon, PromptIcon::Error);
-    EXPECT_EQ(m.buttons, PromptButtons::Ok);
-    EXPECT_EQ(m.text, QStringLiteral("Kestra is no longer able to communicate with the server \"Arena East\".\r"
-                                     "The connection to the server has been lost.\r\rKestra will now be restarted."));
-
-    // The next timer tick fails the same way while the restart is under way: dropped.
-    EXPECT_FALSE(handler.guard([&] { connection.store().query(QStringLiteral("select * from Host")); }));
-    EXPECT_EQ(prompt.messages.size(), 1u);
-    EXPECT_EQ(order.size(), 3u);
 }

@@ -127,33 +127,13 @@ TEST_P(DevstoreTool, SeedsTheSampleMeets)
     EXPECT_TRUE(r.out.contains(QStringLiteral("2 meets, 14 gyms, 284 gymnasts, 4 sessions, 4 rotations"))) << r.out.toStdString();
     EXPECT_EQ(runTool(target.args(QStringLiteral("seed"))).status, 3);
 
+    // What the other tests lean on is checked where they use it; here what no test reads.
     auto s = target.open();
     auto count = [&](const QString &sql) { return s->query(sql).value(0).toInt(); };
     EXPECT_EQ(count(QStringLiteral("select LastMeet from Host")), 1);
-    EXPECT_EQ(count(QStringLiteral("select count(*) from Host")), 1);
-    EXPECT_EQ(count(QStringLiteral("select ScoreMethod from Meets where MeetID = 1")), 1);
-    EXPECT_EQ(s->query(QStringLiteral("select UseDBonus from Meets where MeetID = 2")).value(0), QVariant(false));
-    QueryResult women = s->query(QStringLiteral("select * from Events where EventID = 1"));
-    EXPECT_EQ(women.value(QStringLiteral("NumEvents")).toInt(), 4);
-    EXPECT_EQ(women.value(QStringLiteral("Event2")).toString(), QStringLiteral("BARS"));
-    EXPECT_EQ(women.value(QStringLiteral("Ev3Short")).toString(), QStringLiteral("BB"));
-    QueryResult men = s->query(QStringLiteral("select * from Events where EventID = 2"));
-    EXPECT_EQ(men.value(QStringLiteral("NumEvents")).toInt(), 6);
-    EXPECT_EQ(men.value(QStringLiteral("Event6")).toString(), QStringLiteral("HIBAR"));
-    EXPECT_EQ(men.value(QStringLiteral("NCAAScores")).toInt(), 5);
-    EXPECT_GE(count(QStringLiteral("select count(*) from Attend where MeetID = 1")), 8);
-    EXPECT_GE(count(QStringLiteral("select count(*) from Attend where TeamND < 0")), 2);
-    EXPECT_GE(count(QStringLiteral("select count(distinct Session) from Gymnasts where MeetID = 1")), 3);
-    EXPECT_GE(count(QStringLiteral("select count(distinct Level) from Gymnasts")), 5);
     EXPECT_EQ(count(QStringLiteral("select count(*) from Gymnasts where Birthday is null or Squad is null")), 0);
-    EXPECT_GT(count(QStringLiteral("select count(*) from Gymnasts where coalesce(Team1, '') <> ''")), 200);
-    EXPECT_GT(count(QStringLiteral("select count(*) from Rotations where NumByes > 0")), 0);
-    EXPECT_EQ(s->query(QStringLiteral("select Squad5 from Rotations where RotationID = 10")).value(0).toString(),
-              QStringLiteral("01234"));
     EXPECT_GT(count(QStringLiteral("select count(*) from AgeGrp where Use_Dates = TRUE")), 0);
-    EXPECT_GT(count(QStringLiteral("select count(*) from AgeGrp where Use_Dates = FALSE")), 0);
     EXPECT_GT(count(QStringLiteral("select count(*) from AgeDate")), 0);
-    EXPECT_GT(count(QStringLiteral("select count(*) from SessAgeGrp")), 0);
     // Every gymnast competes somewhere, in an order.
     EXPECT_EQ(count(QStringLiteral("select count(*) from Gymnasts where E1Order is null and E2Order is null "
                                    "and E3Order is null and E4Order is null and E5Order is null and E6Order is null")),
@@ -197,14 +177,10 @@ TEST_P(DevstoreTool, FeedsScoresInRotationOrderAsTheScoringProductWould)
                     1e-4);
 
         // The gymnast carries the same score.
-        const int n = q.value(QStringLiteral("Event")).toInt();
         QueryResult g = s->query(QStringLiteral("select * from Gymnasts where MeetID = 1 and Num = %1")
                                      .arg(q.value(QStringLiteral("Num")).toInt()));
-        EXPECT_EQ(g.value(QStringLiteral("E%1Final").arg(n)).toDouble(), q.value(QStringLiteral("Score")).toDouble());
-        EXPECT_EQ(g.value(QStringLiteral("E%1S1").arg(n)).toDouble(), q.value(QStringLiteral("Judge1")).toDouble());
-        EXPECT_FALSE(g.value(QStringLiteral("E%1S5").arg(n)).isValid());
-        EXPECT_EQ(g.value(QStringLiteral("E%1SaveTime").arg(n)).toDateTime(), q.value(QStringLiteral("DT")).toDateTime());
-        EXPECT_EQ(g.value(QStringLiteral("E%1DBonus").arg(n)).toDouble(), q.value(QStringLiteral("DBonus")).toDouble());
+        const QString final = QStringLiteral("E%1Final").arg(q.value(QStringLiteral("Event")).toInt());
+        EXPECT_EQ(g.value(final).toDouble(), q.value(QStringLiteral("Score")).toDouble());
         EXPECT_EQ(g.value(QStringLiteral("AA")).toDouble(), q.value(QStringLiteral("Score")).toDouble());
     }
     // Rotation one of session 1: squads A to D on apparatus 1 to 4, squad E has a bye.
@@ -253,10 +229,8 @@ TEST(DevstoreToolUsage, ExplainsItselfAndRefusesBadCommandLines)
                              "Exit status"})
         EXPECT_TRUE(help.out.contains(QString::fromLatin1(text))) << text;
 
-    for (const QStringList &args : {QStringList{}, QStringList{"create"}, QStringList{"drop", "/tmp/x"},
-                                    QStringList{"feed", "/tmp/x", "--count", "many"},
-                                    QStringList{"create", "/tmp/x", "--every", "2"},
-                                    QStringList{"feed", "/tmp/x", "--force"}, QStringList{"seed", "/tmp/x", "--color"}}) {
+    for (const QStringList &args : {QStringList{}, QStringList{"drop", "/tmp/x"}, QStringList{"feed", "/tmp/x", "--count", "many"},
+                                    QStringList{"create", "/tmp/x", "--every", "2"}}) {
         ToolRun r = runTool(args);
         EXPECT_EQ(r.status, 2) << args.join(' ').toStdString();
         EXPECT_TRUE(r.err.startsWith(QStringLiteral("kestra-devstore: "))) << r.err.toStdString();

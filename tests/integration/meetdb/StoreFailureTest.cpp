@@ -55,19 +55,6 @@ TEST_P(StoreFailures, AMissingTableOrBadStatementIsADatabaseErrorInPlainWords)
     EXPECT_EQ(f.store->query(QStringLiteral("select count(*) from Gyms")).value(0).toInt(), 0);
 }
 
-TEST_P(StoreFailures, AMissingDatabaseIsFoundBeforeItIsOpened)
-{
-    auto store = MeetStore::forAddress(f.address);
-    store->connect();
-    EXPECT_TRUE(store->aliasExists(f.alias));
-    EXPECT_FALSE(store->aliasExists(QStringLiteral("kt_no_such_meet_db")));
-    QString message;
-    EXPECT_EQ(kindOf([&] { store->openDatabase(QStringLiteral("kt_no_such_meet_db")); }, &message),
-              StoreError::Kind::Database);
-    EXPECT_TRUE(message.contains(QStringLiteral("kt_no_such_meet_db"))) << message.toStdString();
-    EXPECT_FALSE(store->isOpen());
-}
-
 TEST_P(StoreFailures, AnUnreachableStoreIsATransportError)
 {
     QString message;

@@ -1,6 +1,5 @@
-// A score on its way out over UDP on loopback: the line fill routines, the
-// Daktronics writer and the real transport on one side; a socket and the
-// virtual board tool on the other.
+// The virtual board tool reading what the line fill routines, the Daktronics
+// writer and the real transport send it, over UDP on loopback and a serial line.
 #include "OutputStation.h"
 
 #include "integration/app/ChildProgram.h"
@@ -8,9 +7,7 @@
 #include "outputs/EventSlot.h"
 #include "support/TestSupport.h"
 
-#include <QNetworkDatagram>
 #include <QRegularExpression>
-#include <QUdpSocket>
 
 #include <gtest/gtest.h>
 
@@ -37,39 +34,6 @@ EventSlot routine()
     slot.EBonus = -99;
     return slot;
 }
-
-QList<QByteArray> receive(QUdpSocket &socket, int count)
-{
-    QList<QByteArray> got;
-    waitUntil([&] {
-        while (socket.hasPendingDatagrams())
-            got.append(socket.receiveDatagram().data());
-        return got.size() >= count;
-    });
-    return got;
-}
-
-} // namespace
-
-TEST(UdpPath, AScoreGoesOutAsOneDatagramPerFrame)
-{
-    QUdpSocket board;
-    ASSERT_TRUE(board.bind(QHostAddress(QHostAddress::LocalHost), 0));
-    OutputStation station(QStringLiteral("UDP"), QString::number(board.localPort()));
-    station.meet.useDBonus = true;
-    station.lines.FillEventLine(routine(), 1);
-    ASSERT_TRUE(station.context.recorder.messages.empty());
-
-    const QList<QByteArray> got = receive(board, 3);
-    ASSERT_EQ(got.size(), 3);
-    const QByteArray line = "BEAM  412 Kira Moss                                9.6504.10 5.550               ";
-    ASSERT_EQ(line.size(), 81);
-    EXPECT_EQ(got[0], QByteArray("\x16" "00000000" "\x01" "00401" "00162" "\x02") + line + "\x04" + "8C" + "\x17");
-    EXPECT_EQ(got[1], QByteArray("\x16" "00000000" "\x01" "00401" "02301" "\x02" "Valley Twisters     " "\x04" "04" "\x17"));
-    EXPECT_EQ(got[2], QByteArray("\x16" "00000000" "\x01" "00401" "03441" "\x02" "0.100 " "\x04" "87" "\x17"));
-}
-
-namespace {
 
 // kestra-board as a child process.
 struct BoardProcess : ChildProgram {

@@ -1,10 +1,10 @@
-// The display clockwork: the record targets' timer, the NCAA team blocks and
-// "Clear Events", on the generator fixture with recording targets.
+// The display clockwork of the main window: the record targets' timer, the
+// NCAA team blocks and "Clear Events". Targets this build has no writer for
+// yet stand in as recording writers; Daktronics is the real one, over UDP.
 #include "generator/DisplayCycle.h"
 
-#include "generator/ScorePoll.h"
-#include "outputs/DisplayRecord.h"
-#include "support/GeneratorFixture.h"
+#include "outputs/Daktronics.h"
+#include "support/MainRig.h"
 
 #include <gtest/gtest.h>
 
@@ -21,21 +21,20 @@ NCAATeamRecord team(int gym, const QString &name, const QString &event)
     t.Panel = 1;
     t.RotationEvent = 1;
     t.EventName = event;
-    t.EventScore = QStringLiteral(" 49.150");
-    t.TeamScore = QStringLiteral("196.725");
+    t.EventScore = S(" 49.150");
+    t.TeamScore = S("196.725");
     const char *scores[] = {" 9.500", " 9.600", " 9.700", " 9.800", "", ""};
     const char *totals[] = {"49.050", "49.150", "49.250", "49.350", "0.000", "0.000"};
     for (std::size_t i = 0; i < 6; ++i) {
-        t.Lineup[i] = {name.left(3) + QStringLiteral(" Gymnast ") + QString::number(i + 1),
-                       QLatin1String(scores[i])};
-        t.EventTotals[i] = QLatin1String(totals[i]);
+        t.Lineup[i] = {name.left(3) + S(" Gymnast ") + QString::number(i + 1), S(scores[i])};
+        t.EventTotals[i] = S(totals[i]);
     }
     t.LineupCount = 6;
     return t;
 }
 
-// A group of the block as hand-laid bytes: team 20, event 6, six lineup lines
-// of name 40 and score 6, event total 7, team total 7.
+// A group of the block by hand: team 20, event 6, six lineup lines of name 40
+// and score 6, event total 7, team total 7.
 QByteArray groupBytes(const NCAATeamRecord &t)
 {
     auto padded = [](const QString &text, int width) { return text.toLatin1().leftJustified(width, ' ', true); };
@@ -45,15 +44,20 @@ QByteArray groupBytes(const NCAATeamRecord &t)
     return bytes + padded(t.EventScore, 7) + padded(t.TeamScore, 7);
 }
 
-class DisplayCycleTest : public testing::Test {
+class DisplayCycleTest : public OpenMainWindow {
 protected:
-    void SetUp() override { f.addSmallMeet(); }
-
-    QByteArray at(int offset, int length) { return f.record().bytes().mid(offset, length); }
-    QString groupTeam(int group) { return f.record().text(layout::ncaaTeam(group)).trimmed(); }
-
-    GeneratorFixture f;
-    DisplayCycle cycle{f};
+    DisplayCycle &cycle() { return rig.main().cycle(); }
+    QByteArray at(int offset, int length) { return rig.record.bytes().mid(offset, length); }
+    QString groupTeam(int group) { return rig.record.text(layout::ncaaTeam(group)).trimmed(); }
+    // A recording writer for a target, made the checked one.
+    RecordingWriter &recordTo(OutputTarget target, TargetKind kind)
+    {
+        const QString name = KestraMain::targetButtons()[int(target) - int(OutputTarget::Daktronics)];
+        auto &writer = static_cast<RecordingWriter &>(
+            rig.main().writers().add(std::make_unique<RecordingWriter>(name, kind)));
+        EXPECT_TRUE(rig.main().selectTarget(target));
+        return writer;
+    }
 };
 
 } // namespace
@@ -61,93 +65,75 @@ protected:
 TEST_F(DisplayCycleTest, TimerTwoHandsTheWholeBlockToRecordTargetsOnly)
 {
     const struct {
-        const char *target;
+        OutputTarget target;
         TargetKind kind;
         DeviceError result;
         QStringList calls;
         QString status; // lblStatus afterwards, starting from "-"
     } cases[] = {
-        {"rdoBarco", TargetKind::Record, DeviceErrors::Success, {"record"}, "-"},
-        {"rdoBarco", TargetKind::Record, DeviceErrors::PortOpenFailed, {"record"}, "-"},
-        {"rdoFile", TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "-"},
-        {"rdoXML", TargetKind::Record, DeviceErrors::Success, {"record"}, "Success"},
-        {"rdoXML", TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "FAILED"},
-        {"rdoDaktronics", TargetKind::Line, DeviceErrors::Success, {}, "-"},
-        {"rdoWhiteWay", TargetKind::Line, DeviceErrors::Success, {}, "-"},
-        {"rdoXpression", TargetKind::Line, DeviceErrors::Success, {}, "-"},
+        {OutputTarget::Barco, TargetKind::Record, DeviceErrors::PortOpenFailed, {"record"}, "-"},
+        {OutputTarget::File, TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "-"},
+        {OutputTarget::XML, TargetKind::Record, DeviceErrors::Success, {"record"}, "Success"},
+        {OutputTarget::XML, TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "FAILED"},
+        {OutputTarget::WhiteWay, TargetKind::Line, DeviceErrors::Success, {}, "-"},
+        {OutputTarget::Xpression, TargetKind::Line, DeviceErrors::Success, {}, "-"},
     };
     for (const auto &c : cases) {
-        RecordingWriter &w = f.recordTo(QLatin1String(c.target), c.kind);
+        SCOPED_TRACE(int(c.target) * 100 + int(c.result));
+        RecordingWriter &w = recordTo(c.target, c.kind);
         w.result = c.result;
-        f.controls()(QStringLiteral("lblStatus")).setText(QStringLiteral("-"));
-        cycle.timer2Tick();
-        EXPECT_EQ(w.calls, c.calls) << c.target << " " << c.result;
-        EXPECT_EQ(f.controls()(QStringLiteral("lblStatus")).text(), c.status) << c.target << " " << c.result;
+        rig(S("lblStatus")).setText(S("-"));
+        cycle().timer2Tick();
+        EXPECT_EQ(w.calls, c.calls);
+        EXPECT_EQ(rig(S("lblStatus")).text(), c.status);
     }
-    EXPECT_TRUE(f.recorder.messages.empty()) << "no box from Timer2";
-
-    f.checkTarget(QString());
-    cycle.timer2Tick(); // no target checked: nothing to do
+    EXPECT_TRUE(rig.prompt.messages.empty()) << "no box from Timer2";
 }
 
-TEST_F(DisplayCycleTest, SingleTeamCycleGoesRoundTheFilledRows)
+TEST_F(DisplayCycleTest, SingleTeamModeGoesRoundTheFilledRowsOneATick)
 {
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
+    cycle().setNCAACycleIndex(4);
+    cycle().timer4Tick(); // no team at all: nothing written or sent, the cycle back at the start
+    EXPECT_EQ(cycle().NCAACycleIndex(), 1);
+    EXPECT_EQ(rig.record.bytes(), QByteArray(DisplayRecord::size(), ' '));
+    EXPECT_TRUE(rig.newFrames().isEmpty());
+
     const struct {
-        const char *what;
         QList<int> filled;
-        QStringList shown; // group 1's team after each of seven ticks
+        QStringList shown; // group 1's team after each tick
     } cases[] = {
-        {"rows 1 to 3", {1, 2, 3}, {"T1", "T2", "T3", "T1", "T2", "T3", "T1"}},
-        {"rows 2 and 5", {2, 5}, {"T2", "T5", "T2", "T5", "T2", "T5", "T2"}},
-        {"row 6 alone", {6}, {"T6", "T6", "T6", "T6", "T6", "T6", "T6"}},
-        {"all six", {1, 2, 3, 4, 5, 6}, {"T1", "T2", "T3", "T4", "T5", "T6", "T1"}},
+        {{1, 2, 3}, {"T1", "T2", "T3", "T1"}},
+        {{2, 5}, {"T2", "T5", "T2", "T5"}},
+        {{6}, {"T6", "T6", "T6", "T6"}},
     };
     for (const auto &c : cases) {
-        cycle.teams().clear();
+        cycle().teams().clear();
         for (int r : c.filled)
-            cycle.teams().row(r) = team(r, QStringLiteral("T%1").arg(r), QStringLiteral("VAULT"));
-        cycle.startRun();
-        w.calls.clear();
+            cycle().teams().row(r) = team(r, S("T%1").arg(r), S("VAULT"));
+        cycle().startRun();
         QStringList shown;
-        for (int t = 0; t < 7; ++t) {
-            cycle.timer4Tick();
+        for (int t = 0; t < 4; ++t) {
+            cycle().timer4Tick();
             shown << groupTeam(1);
-            for (int g = 2; g <= 6; ++g)
-                EXPECT_EQ(groupTeam(g), QString()) << c.what << ": only group 1 in single mode";
+            EXPECT_EQ(groupTeam(2), QString()) << "only group 1 in single mode";
         }
-        EXPECT_EQ(shown, c.shown) << c.what;
-        EXPECT_EQ(w.calls, QStringList(7, QStringLiteral("ncaa"))) << c.what;
+        EXPECT_EQ(shown, c.shown);
+        EXPECT_EQ(rig.newFrames(28).size(), 28) << "the seven NCAA frames each tick";
     }
-}
-
-TEST_F(DisplayCycleTest, NoTeamsSendsNothingAndTheCycleStaysAtOne)
-{
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    cycle.setNCAACycleIndex(4);
-    for (int t = 0; t < 3; ++t) {
-        cycle.timer4Tick();
-        EXPECT_EQ(cycle.NCAACycleIndex(), 1);
-    }
-    EXPECT_TRUE(w.calls.isEmpty());
-    EXPECT_EQ(f.record().bytes(), QByteArray(DisplayRecord::size(), ' '));
 }
 
 TEST_F(DisplayCycleTest, AllTeamsModeKeepsEachRowInItsOwnGroupWithGaps)
 {
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoWhiteWay"), TargetKind::Line);
-    f.options.UseSingleNCAA = false;
-    const NCAATeamRecord first = team(11, QStringLiteral("Riverside"), QStringLiteral("VAULT"));
-    const NCAATeamRecord third = team(13, QStringLiteral("O'Neil Acro"), QStringLiteral("BYE"));
-    cycle.teams().row(1) = first;
-    cycle.teams().row(3) = third;
-    // Stale text from an earlier update is cleared first.
-    f.record().pack(layout::ncaaTeam(2), QStringLiteral("stale"));
-    f.record().pack(Field{1899 + 316, 46}, QStringLiteral("never written"));
+    rig.main().workingSettings().UseSingleNCAA = false;
+    const NCAATeamRecord first = team(11, S("Riverside"), S("VAULT"));
+    const NCAATeamRecord third = team(13, S("O'Neil Acro"), S("BYE"));
+    cycle().teams().row(1) = first;
+    cycle().teams().row(3) = third;
+    rig.record.pack(layout::ncaaTeam(2), S("stale")); // cleared first
+    rig.record.pack(Field{1899 + 316, 46}, S("never written"));
 
-    cycle.timer4Tick();
+    cycle().timer4Tick();
 
-    EXPECT_EQ(w.calls, QStringList{"ncaa"});
     EXPECT_EQ(at(1899, 316), groupBytes(first));
     EXPECT_EQ(at(1899 + 316, 46), QByteArray(46, ' '));
     EXPECT_EQ(at(3465, 316), QByteArray(316, ' ')) << "row 2 empty: group 2 left blank";
@@ -157,171 +143,131 @@ TEST_F(DisplayCycleTest, AllTeamsModeKeepsEachRowInItsOwnGroupWithGaps)
     EXPECT_EQ(at(5045, 36), QByteArray("49.05049.15049.25049.3500.000 0.000 "));
     EXPECT_EQ(at(5045 + 36, 36), QByteArray(36, ' '));
     EXPECT_EQ(at(5045 + 72, 36), QByteArray("49.05049.15049.25049.3500.000 0.000 "));
-    EXPECT_EQ(at(5045 + 108, 108), QByteArray(108, ' '));
-    // The first lineup line of group 1, by hand.
     EXPECT_EQ(at(1899 + 26, 46), QByteArray("Riv Gymnast 1").leftJustified(40) + " 9.500");
     EXPECT_EQ(at(1899 + 26 + 5 * 46, 46), QByteArray("Riv Gymnast 6").leftJustified(46)) << "unscored: blank score";
     EXPECT_EQ(at(1899 + 302, 14), QByteArray(" 49.150196.725"));
     // Nothing outside the three NCAA regions.
-    QByteArray rest = f.record().bytes();
+    QByteArray rest = rig.record.bytes();
     rest.replace(1899, 362, QByteArray(362, ' '));
-    rest.replace(3465, 1580, QByteArray(1580, ' '));
-    rest.replace(5045, 216, QByteArray(216, ' '));
+    rest.replace(3465, 1796, QByteArray(1796, ' '));
     EXPECT_EQ(rest, QByteArray(DisplayRecord::size(), ' '));
-}
 
-TEST_F(DisplayCycleTest, TheRefreshRunsFirstAndTheSettingIsReadEachTick)
-{
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    int refreshes = 0;
-    cycle.setTeamsRefresh([&](NCAATeams &teams) {
-        ++refreshes;
-        teams.row(1) = team(1, QStringLiteral("Fresh %1").arg(refreshes), QStringLiteral("BEAM"));
-        teams.row(2) = team(2, QStringLiteral("Second"), QStringLiteral("BARS"));
-    });
-    cycle.timer4Tick();
-    EXPECT_EQ(groupTeam(1), QStringLiteral("Fresh 1"));
-    EXPECT_EQ(groupTeam(2), QString());
-    f.options.UseSingleNCAA = false;
-    cycle.timer4Tick();
-    EXPECT_EQ(groupTeam(1), QStringLiteral("Fresh 2"));
-    EXPECT_EQ(groupTeam(2), QStringLiteral("Second"));
-    f.options.UseSingleNCAA = true;
-    cycle.timer4Tick(); // the cycle went on from row 2
-    EXPECT_EQ(groupTeam(1), QStringLiteral("Second"));
-    EXPECT_EQ(groupTeam(2), QString());
-    EXPECT_EQ(refreshes, 3);
-    EXPECT_EQ(w.calls.size(), 3);
+    // The setting is read on every tick.
+    rig.main().workingSettings().UseSingleNCAA = true;
+    cycle().startRun();
+    cycle().timer4Tick();
+    EXPECT_EQ(groupTeam(1), S("Riverside"));
+    EXPECT_EQ(groupTeam(3), QString());
 }
 
 TEST_F(DisplayCycleTest, NcaaGoesOnlyToBoardsAndAFailureIsToldWithTheBlankingWords)
 {
-    cycle.teams().row(1) = team(1, QStringLiteral("Riverside"), QStringLiteral("VAULT"));
-    for (const auto &[target, kind] : {std::pair{"rdoBarco", TargetKind::Record}, {"rdoXML", TargetKind::Record},
-                                       {"rdoXpression", TargetKind::Line}}) {
-        RecordingWriter &w = f.recordTo(QLatin1String(target), kind);
-        cycle.timer4Tick();
-        EXPECT_TRUE(w.calls.isEmpty()) << target;
-        EXPECT_EQ(groupTeam(1), QStringLiteral("Riverside")) << "the block is written whatever the target";
+    cycle().teams().row(1) = team(1, S("Riverside"), S("VAULT"));
+    for (const auto &[target, kind] : {std::pair{OutputTarget::Barco, TargetKind::Record},
+                                       {OutputTarget::XML, TargetKind::Record}, {OutputTarget::Xpression, TargetKind::Line}}) {
+        RecordingWriter &w = recordTo(target, kind);
+        cycle().timer4Tick();
+        EXPECT_TRUE(w.calls.isEmpty()) << int(target);
+        EXPECT_EQ(groupTeam(1), S("Riverside")) << "the block is written whatever the target";
     }
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    w.result = DeviceErrors::SendFailed;
-    cycle.timer4Tick();
-    cycle.SendNCAAAll();
-    ASSERT_EQ(f.recorder.messages.size(), 2u);
-    EXPECT_EQ(f.recorder.messages[0].caption, QStringLiteral("Device Communication Error"));
-    EXPECT_TRUE(f.recorder.messages[0].text.startsWith(QStringLiteral("Error blanking event score")));
+    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::Daktronics));
+    rig.transport.setPortName(QString()); // every send fails
+    cycle().timer4Tick();
+    ASSERT_EQ(rig.prompt.messages.size(), 1u);
+    EXPECT_EQ(rig.prompt.messages[0].caption, S("Device Communication Error"));
+    EXPECT_EQ(rig.prompt.messages[0].text, S("Error blanking event score\r\rThe COM port to use has not been defined"));
 }
 
-TEST_F(DisplayCycleTest, ClearSendsEveryPartInOrderAndRestoresTheTitles)
+TEST_F(DisplayCycleTest, ClearEventsSendsTheWholeBoardBlankButTheTitles)
 {
-    f.tickOnly(1, {1, 2, 4});
+    ASSERT_TRUE(rig.main().selection().selectMeet(2)); // no bonuses: a line and its gym
+    ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 2, 4}));
+    rig.newFrames();
+    rig.record.pack(layout::eventName(2), S("left over"));
+    rig.record.pack(layout::leaderTitle1(1), S("Vault Leaders"));
+    const int used[] = {1, 2, 3};
+    rig(S("btnClear")).click();
+
+    auto frame = [](int address, const char *title, int width) {
+        return DaktronicsFrame(address, QByteArray(title).leftJustified(width, ' '));
+    };
+    QList<QByteArray> expected;
+    const char *titles[] = {"VAULT", "BARS", "FLOOR"};
+    for (int s : used)
+        expected << frame(81 * (s - 1), titles[s - 1], 81) << frame(2261 + 20 * (s - 1), "", 20);
+    for (int s : used)
+        expected << frame(5191 + 70 * s, titles[s - 1], 70);
+    for (int page = 0; page < 3; ++page)
+        expected << frame(486 + 471 * page, "", 471) << frame(2381 + 160 * page, "", 160);
+    expected << frame(1899, "", 362);
+    for (int group = 0; group < 5; ++group)
+        expected << frame(3465 + 316 * group, "", 316);
+    expected << frame(5045, "", 216) << frame(2861, "", 308) << frame(3169, "", 260);
+    EXPECT_EQ(rig.newFrames(int(expected.size())), expected);
+    EXPECT_TRUE(rig.prompt.messages.empty());
+
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_FALSE(rig(S("btnClear")).isEnabled()) << "while stopped only";
+}
+
+TEST_F(DisplayCycleTest, ClearSendsEveryPartTheTargetTakesAndRestoresTheTitles)
+{
+    ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 2, 4}));
     const QStringList board = {"event 1/1", "event 2/1", "event 3/1", "nowup 1/1", "nowup 2/1", "nowup 3/1",
                                "leader 1",  "leader 2",  "leader 3",  "ncaa",      "matrix"};
     const struct {
-        const char *target;
+        OutputTarget target;
         TargetKind kind;
         QStringList calls;
         QString status;
     } cases[] = {
-        {"rdoDaktronics", TargetKind::Line, board, "-"},
-        {"rdoWhiteWay", TargetKind::Line, board, "-"},
-        {"rdoXpression", TargetKind::Line, board.mid(0, 7), "-"},
-        {"rdoBarco", TargetKind::Record, {"record"}, "-"},
-        {"rdoFile", TargetKind::Record, {"record"}, "-"},
-        {"rdoXML", TargetKind::Record, {"record"}, "Success"},
+        {OutputTarget::WhiteWay, TargetKind::Line, board, "-"},
+        {OutputTarget::Xpression, TargetKind::Line, board.mid(0, 7), "-"},
+        {OutputTarget::Barco, TargetKind::Record, {"record"}, "-"},
+        {OutputTarget::XML, TargetKind::Record, {"record"}, "Success"},
     };
     for (const auto &c : cases) {
-        RecordingWriter &w = f.recordTo(QLatin1String(c.target), c.kind);
-        f.controls()(QStringLiteral("lblStatus")).setText(QStringLiteral("-"));
-        f.record().pack(layout::leaderTitle1(2), QStringLiteral("All-Around"));
-        f.record().pack(layout::matrixTeam(8), QStringLiteral("Summit"));
-        cycle.btnClearClick();
-        EXPECT_EQ(w.calls, c.calls) << c.target;
-        EXPECT_EQ(f.controls()(QStringLiteral("lblStatus")).text(), c.status) << c.target;
-        // Titles of the ticked events come back, in event lines and now-up lines.
+        SCOPED_TRACE(int(c.target));
+        RecordingWriter &w = recordTo(c.target, c.kind);
+        rig(S("lblStatus")).setText(S("-"));
+        rig.record.pack(layout::matrixTeam(8), S("Summit"));
+        cycle().btnClearClick();
+        EXPECT_EQ(w.calls, c.calls);
+        EXPECT_EQ(rig(S("lblStatus")).text(), c.status);
         QByteArray expected(DisplayRecord::size(), ' ');
         for (const auto &[slot, title] : {std::pair{1, "VAULT"}, {2, "BARS"}, {3, "FLOOR"}}) {
             expected.replace(81 * (slot - 1), int(qstrlen(title)), title);
             expected.replace(5191 + 70 * slot, int(qstrlen(title)), title);
         }
-        EXPECT_EQ(f.record().bytes(), expected) << c.target;
+        EXPECT_EQ(rig.record.bytes(), expected);
     }
-    EXPECT_TRUE(f.recorder.messages.empty());
-}
 
-TEST_F(DisplayCycleTest, ClearInDualModeBlanksSideTwoAfterSideOne)
-{
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    f.controls()(QStringLiteral("chkDual")).setChecked(true);
-    f.selectEventGroup(2, 2);
-    f.tickOnly(1, {1, 4});
-    f.tickOnly(2, {2, 5});
-    cycle.btnClearClick();
+    // In dual display side 2's lines follow side 1's.
+    ASSERT_TRUE(rig.main().selection().setSessions(1, {S("1")}));
+    ASSERT_TRUE(rig.main().selection().setDual(true));
+    ASSERT_TRUE(rig.main().selection().selectEventGroup(2, 2));
+    ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 4}));
+    ASSERT_TRUE(rig.main().selection().setTickedEvents(2, {2, 5}));
+    RecordingWriter &w = recordTo(OutputTarget::WhiteWay, TargetKind::Line);
+    cycle().btnClearClick();
     EXPECT_EQ(w.calls.mid(0, 8), (QStringList{"event 1/1", "event 2/1", "event 3/2", "event 4/2", "nowup 1/1",
                                                "nowup 2/1", "nowup 3/2", "nowup 4/2"}));
-    EXPECT_EQ(f.record().text(layout::eventTitle(4)), QStringLiteral("PBARS "));
+    EXPECT_EQ(rig.record.text(layout::eventTitle(4)), S("PBARS "));
 }
 
-TEST_F(DisplayCycleTest, ClearLeavesTheGeneratorAlone)
+TEST_F(DisplayCycleTest, ClearLeavesTheGeneratorAloneAndOnlyTheLineRoutinesTellFailures)
 {
-    f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    f.setSessions(1, {"1"});
-    const int row = f.addScore(1, 1, "1", 101);
-    ScorePoll poll(f);
-    poll.tick(1);
-    const EventSlot before = f.slotTable[0][0];
-    const QStringList status = f.statusRow(1, 1);
-
-    cycle.btnClearClick();
-
-    EXPECT_EQ(f.slotTable[0][0].HoldUntil, before.HoldUntil);
-    EXPECT_EQ(f.slotTable[0][0].WaitUntil, before.WaitUntil);
-    EXPECT_EQ(f.slotTable[0][0].Num, 101);
-    EXPECT_EQ(f.statusRow(1, 1), status);
-    EXPECT_EQ(f.markedRows(), QList<int>{row});
-    EXPECT_EQ(f.record().text(layout::eventNum(1)), QStringLiteral("    "));
-}
-
-TEST_F(DisplayCycleTest, ClearFailuresAreToldByTheLineRoutinesOnly)
-{
-    f.tickOnly(1, {1});
-    RecordingWriter &w = f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    w.result = DeviceErrors::PortOpenFailed;
-    cycle.btnClearClick();
-    EXPECT_EQ(w.calls.size(), 7);
-    ASSERT_EQ(f.recorder.messages.size(), 2u) << "the blank, then the now-up";
-    EXPECT_TRUE(f.recorder.messages[0].text.startsWith(QStringLiteral("Error blanking event score")));
-    EXPECT_TRUE(f.recorder.messages[1].text.startsWith(QStringLiteral("Error sending event score")));
-}
-
-TEST_F(DisplayCycleTest, ClearOpensTheXpressionConnectionForItselfOnly)
-{
-    f.recordTo(QStringLiteral("rdoXpression"), TargetKind::Line);
-    bool connected = false;
-    QStringList steps;
-    cycle.setXpressionLink({[&] { return connected; },
-                            [&] {
-                                steps << "connect";
-                                connected = true;
-                                return true;
-                            },
-                            [&] {
-                                steps << "disconnect";
-                                connected = false;
-                            }});
-    cycle.btnClearClick();
-    EXPECT_EQ(steps, (QStringList{"connect", "disconnect"}));
-    EXPECT_FALSE(connected);
-
-    steps.clear();
-    connected = true; // a run's connection stays as it is
-    cycle.btnClearClick();
-    EXPECT_TRUE(steps.isEmpty());
-    EXPECT_TRUE(connected);
-
-    f.recordTo(QStringLiteral("rdoDaktronics"), TargetKind::Line);
-    connected = false;
-    cycle.btnClearClick();
-    EXPECT_TRUE(steps.isEmpty()) << "other targets need no connection";
+    ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1}));
+    EventSlot &slot = rig.main().eventSlots()[0][0];
+    slot.HoldUntil = 1234;
+    slot.WaitUntil = 5678;
+    rig(S("EditNum11")).setText(S("101"));
+    rig.transport.setPortName(QString()); // every send fails
+    cycle().btnClearClick();
+    EXPECT_EQ(slot.HoldUntil, 1234);
+    EXPECT_EQ(slot.WaitUntil, 5678);
+    EXPECT_EQ(rig(S("EditNum11")).text(), S("101"));
+    ASSERT_EQ(rig.prompt.messages.size(), 2u) << "the blank, then the now-up";
+    EXPECT_TRUE(rig.prompt.messages[0].text.startsWith(S("Error blanking event score")));
+    EXPECT_TRUE(rig.prompt.messages[1].text.startsWith(S("Error sending event score")));
 }

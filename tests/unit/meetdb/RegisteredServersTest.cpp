@@ -93,7 +93,7 @@ TEST(RegisteredServerList, RewriteReplacesTheWholeListAndKeepsTheOtherValues)
     ASSERT_TRUE(servers.rewrite({}));
     EXPECT_TRUE(servers.entries().isEmpty());
     EXPECT_EQ(key.ReadInteger(QStringLiteral("Servers"), QStringLiteral("NumServers"), -1), 0);
-    EXPECT_FALSE(key.KeyExists(QStringLiteral("Servers\\Server1")));
+    EXPECT_FALSE(key.read().hasSection(QStringLiteral("Servers\\Server1")));
 }
 
 TEST(StoreAddressOfEntry, IPTakesTheRoleAndPortOfAServerHostName)

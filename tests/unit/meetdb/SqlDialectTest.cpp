@@ -127,18 +127,6 @@ TEST(SqlDialect, TranslatesEachFormPerEngine)
     }
 }
 
-TEST(SqlDialect, TranslationIsStableWhenAppliedTwice)
-{
-    for (const StoreBackend b : {StoreBackend::Sqlite, StoreBackend::Postgres}) {
-        const SqlDialect dialect(b);
-        for (const DialectCase &c : cases()) {
-            SCOPED_TRACE(c.name);
-            const QString once = dialect.translate(c.input);
-            EXPECT_EQ(dialect.translate(once).toStdString(), once.toStdString());
-        }
-    }
-}
-
 TEST(SqlDialect, TokensCoverTheTextExactly)
 {
     const QString sql = QStringLiteral("select a.\"x \"\"y\"\"\", 'it''s', 1.5e-3, .5 <> -- c\n/* d */ b::int");

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace kestra;
 using namespace kestra::test;
 
@@ -83,24 +85,32 @@ TEST_F(DaktronicsTest, SlotSixFramesFollowTheBonusRulesOfTheMeet)
     }
 }
 
-TEST_F(DaktronicsTest, NowUpSlotSixGoesTo5611)
+TEST_F(DaktronicsTest, NowUpLeaderAndNcaaGoToTheirAddresses)
 {
     record.pack(layout::nowUpTitle(6), QStringLiteral("RINGS"));
     record.pack(layout::nowUpNum(6), QStringLiteral("7"));
     record.pack(layout::nowUpName(6), QStringLiteral("Kira Moss"));
     record.pack(layout::nowUpGym(6), QStringLiteral("Valley"));
-    const QByteArray data = "RINGS 7   Kira Moss                               Valley              ";
-    ASSERT_EQ(data.size(), 70);
-    EXPECT_EQ(writer.SendDaktronicsNowUp(6), DeviceErrors::Success);
-    EXPECT_EQ(log.written, QList<QByteArray>{frame("05611", data, "09")});
-}
-
-TEST_F(DaktronicsTest, LeaderPageThreeIsThePageThenItsGyms)
-{
-    EXPECT_EQ(writer.SendDaktronicsLeader(3), DeviceErrors::Success);
-    const QList<QByteArray> expected{frame("01428", spaces(471), "5B"), frame("02701", spaces(160), "76")};
-    EXPECT_EQ(log.written, expected);
-    EXPECT_EQ(log.written[0].size(), 496); // the largest frame of this target
+    const QByteArray nowUp = "RINGS 7   Kira Moss                               Valley              ";
+    ASSERT_EQ(nowUp.size(), 70);
+    const struct {
+        std::function<DeviceError()> send;
+        QList<QByteArray> frames;
+    } cases[] = {
+        {[&] { return writer.SendDaktronicsNowUp(6); }, {frame("05611", nowUp, "09")}},
+        // The largest frame of this target: a leader page, then its gyms.
+        {[&] { return writer.SendDaktronicsLeader(3); }, {frame("01428", spaces(471), "5B"), frame("02701", spaces(160), "76")}},
+        // Group 1 with its gap, groups 2 to 6, the event scores.
+        {[&] { return writer.SendDaktronicsNCAA(); },
+         {frame("01899", spaces(362), "C7"), frame("03465", spaces(316), "FE"), frame("03781", spaces(316), "FF"),
+          frame("04097", spaces(316), "00"), frame("04413", spaces(316), "F8"), frame("04729", spaces(316), "02"),
+          frame("05045", spaces(216), "7A")}},
+    };
+    for (const auto &c : cases) {
+        log.written.clear();
+        EXPECT_EQ(c.send(), DeviceErrors::Success);
+        EXPECT_EQ(log.written, c.frames);
+    }
 }
 
 TEST_F(DaktronicsTest, MatrixGoesInTwoFramesCutAfter308Bytes)
@@ -122,39 +132,11 @@ TEST_F(DaktronicsTest, MatrixGoesInTwoFramesCutAfter308Bytes)
     EXPECT_EQ(log.written, (QList<QByteArray>{frame("02861", spaces(308), "FD"), frame("03169", spaces(260), "FF")}));
 }
 
-TEST_F(DaktronicsTest, NcaaIsSevenFramesGroupOneWithItsGap)
-{
-    EXPECT_EQ(writer.SendDaktronicsNCAA(), DeviceErrors::Success);
-    const QList<QByteArray> expected{
-        frame("01899", spaces(362), "C7"), frame("03465", spaces(316), "FE"), frame("03781", spaces(316), "FF"),
-        frame("04097", spaces(316), "00"), frame("04413", spaces(316), "F8"), frame("04729", spaces(316), "02"),
-        frame("05045", spaces(216), "7A"),
-    };
-    EXPECT_EQ(log.written, expected);
-}
-
 TEST_F(DaktronicsTest, ControlBytesInDataGoOutUnescaped)
 {
     record.pack(layout::eventLine(1), QByteArrayView("VAULT 12  A\x04\x17" "b"));
     const QByteArray data = QByteArray("VAULT 12  A\x04\x17" "b") + spaces(67);
     EXPECT_EQ(writer.eventFrames(1).first(), frame("00000", data, "D9"));
-}
-
-TEST_F(DaktronicsTest, WritersNeverAlterTheBlock)
-{
-    record.pack(layout::eventName(3), QStringLiteral("Someone"));
-    const QByteArray before = record.bytes();
-    meet.useJNBonus = true;
-    for (int s = 1; s <= 6; ++s) {
-        writer.SendDaktronicsEvent(s);
-        writer.SendDaktronicsNowUp(s);
-    }
-    for (int p = 1; p <= 3; ++p)
-        writer.SendDaktronicsLeader(p);
-    writer.SendDaktronicsNCAA();
-    writer.SendDaktronicsMatrix();
-    EXPECT_EQ(record.bytes(), before);
-    EXPECT_EQ(log.written.size(), 6 * 4 + 6 + 3 * 2 + 7 + 2);
 }
 
 TEST_F(DaktronicsTest, OnlyTheLastResultOfACallCounts)
@@ -166,8 +148,10 @@ TEST_F(DaktronicsTest, OnlyTheLastResultOfACallCounts)
     EXPECT_EQ(log.written.size(), 2);
 }
 
-TEST_F(DaktronicsTest, TheInterfaceCallsReachTheWriters)
+TEST_F(DaktronicsTest, TheInterfaceCallsReachTheWritersAndNeverAlterTheBlock)
 {
+    record.pack(layout::eventName(3), QStringLiteral("Someone"));
+    const QByteArray before = record.bytes();
     DisplayWriter &asTarget = writer;
     EXPECT_EQ(asTarget.kind(), TargetKind::Line);
     EXPECT_EQ(asTarget.targetName(), QStringLiteral("rdoDaktronics"));
@@ -182,6 +166,7 @@ TEST_F(DaktronicsTest, TheInterfaceCallsReachTheWriters)
         addresses.append(QString::fromLatin1(f.mid(15, 5)));
     EXPECT_EQ(addresses.join(QLatin1Char(' ')),
               QStringLiteral("00081 02281 05331 00486 02381 02861 03169 01899 03465 03781 04097 04413 04729 05045"));
+    EXPECT_EQ(record.bytes(), before);
     EXPECT_THROW(writer.SendDaktronicsEvent(7), std::out_of_range);
     EXPECT_THROW(writer.SendDaktronicsLeader(0), std::out_of_range);
 }
@@ -214,19 +199,6 @@ TEST_F(DaktronicsTest, TraceHoldsTheFramesWithCrLfBeforeAnyIsSent)
     QFile file(trace.path());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), expected + frame("05261", spaces(70), "3A") + "\r\n");
-}
-
-TEST_F(DaktronicsTest, NoTraceWhileTheBoxIsUnticked)
-{
-    TempDir dir;
-    trace.setPath(dir.file(QStringLiteral("DebugIOOutput.txt")));
-    bool ticked = false;
-    trace.setEnabledSource([&] { return ticked; });
-    writer.SendDaktronicsNowUp(1);
-    EXPECT_FALSE(QFile::exists(trace.path()));
-    ticked = true;
-    writer.SendDaktronicsNowUp(1);
-    EXPECT_TRUE(QFile::exists(trace.path()));
 }
 
 TEST_F(DaktronicsTest, ATraceThatCannotBeWrittenStopsTheCallBeforeAnySend)

@@ -1,5 +1,7 @@
 #include "PlainContext.h"
 
+#include "support/MainRig.h"
+
 #include "outputs/DisplayLines.h"
 #include "outputs/DisplayRecord.h"
 #include "outputs/EventSlot.h"
@@ -37,7 +39,7 @@ class DisplayLinesTest : public ::testing::Test {
 protected:
     DisplayRecord record;
     PlainContext context;
-    NotingWriter writer;
+    RecordingWriter writer{S("rdoDaktronics"), TargetKind::Line};
     DisplayLines lines{record, context};
 
     void SetUp() override { context.writer = &writer; }
@@ -62,7 +64,16 @@ TEST_F(DisplayLinesTest, EventLineBytesAndFieldsOutsideTheLine)
     rest.replace(3435, 6, QByteArray(6, ' '));
     rest.replace(5684, 3, QByteArray(3, ' '));
     EXPECT_EQ(rest, QByteArray(5699, ' '));
-    EXPECT_EQ(writer.sends, (std::vector<NotedSend>{{QStringLiteral("event"), 2, 1}}));
+    EXPECT_EQ(writer.calls, QStringList{"event 2/1"});
+
+    // The score is right-aligned, the other numbers left-aligned.
+    EventSlot slot = routine(1);
+    slot.Score = 9.65;
+    slot.Start = 4.1;
+    slot.BScore = 5.55;
+    slot.Adjust = -0.1;
+    lines.FillEventLine(slot, 1);
+    EXPECT_EQ(bytesAt(record, 50, 21), QByteArray(" 9.6504.10 5.550 -0.1"));
 }
 
 TEST_F(DisplayLinesTest, LongTextsAreCutAndScoresOfAHundredLoseTheirLastDecimal)
@@ -85,17 +96,6 @@ TEST_F(DisplayLinesTest, LongTextsAreCutAndScoresOfAHundredLoseTheirLastDecimal)
     EXPECT_EQ(bytesAt(record, 61, 6), QByteArray("10.000"));
     EXPECT_EQ(bytesAt(record, 71, 10), QByteArray(10, ' '));
     EXPECT_EQ(bytesAt(record, 2261, 20), QByteArray("Northern Lights Gymn"));
-}
-
-TEST_F(DisplayLinesTest, ScoreIsRightAlignedTheOtherNumbersLeftAligned)
-{
-    EventSlot slot = routine(1);
-    slot.Score = 9.65;
-    slot.Start = 4.1;
-    slot.BScore = 5.55;
-    slot.Adjust = -0.1;
-    lines.FillEventLine(slot, 1);
-    EXPECT_EQ(bytesAt(record, 50, 21), QByteArray(" 9.6504.10 5.550 -0.1"));
 }
 
 TEST_F(DisplayLinesTest, MinusNinetyNineBlanksOnlyItsOwnField)
@@ -189,7 +189,7 @@ TEST_F(DisplayLinesTest, AnEventWithoutASlotWritesAndSendsNothing)
                          QStringLiteral("Vault")};
     lines.FillEventLine(routine(4), 2);
     EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
-    EXPECT_TRUE(writer.sends.empty());
+    EXPECT_TRUE(writer.calls.empty());
 }
 
 TEST_F(DisplayLinesTest, BlankKeepsAFreshTitleAndClearsTheRest)
@@ -200,7 +200,7 @@ TEST_F(DisplayLinesTest, BlankKeepsAFreshTitleAndClearsTheRest)
     QByteArray expected(5699, ' ');
     expected.replace(243, 2, "FX");
     EXPECT_EQ(record.bytes(), expected);
-    EXPECT_EQ(writer.sends.back(), (NotedSend{QStringLiteral("event"), 4, 1}));
+    EXPECT_EQ(writer.calls.back(), S("event 4/1"));
 }
 
 TEST_F(DisplayLinesTest, FailedSendsAreToldWithTheirContext)
@@ -224,13 +224,13 @@ TEST_F(DisplayLinesTest, FailedSendsAreToldWithTheirContext)
 
 TEST_F(DisplayLinesTest, RecordTargetsAndNoTargetAreNotCalled)
 {
-    NotingWriter recordTarget(TargetKind::Record);
+    RecordingWriter recordTarget(S("rdoBarco"), TargetKind::Record);
     context.writer = &recordTarget;
     lines.FillEventLine(routine(1), 1);
     lines.FillNowUpLine(1, 1, QStringLiteral("7"), QStringLiteral("Ana Bell"), QString());
     context.writer = nullptr;
     lines.FillEventLine(routine(2), 1);
-    EXPECT_TRUE(recordTarget.sends.empty());
+    EXPECT_TRUE(recordTarget.calls.empty());
     EXPECT_EQ(record.read(layout::eventTitle(2)), QByteArray("BARS  "));
     EXPECT_EQ(record.read(layout::nowUpName(1)).trimmed(), QByteArray("Ana Bell"));
 }
@@ -241,7 +241,7 @@ TEST_F(DisplayLinesTest, NowUpLineBytes)
     const QByteArray line = "BEAM  412 Kira Moss                               Valley Twisters     ";
     ASSERT_EQ(line.size(), 70);
     EXPECT_EQ(bytesAt(record, 5401, 70), line);
-    EXPECT_EQ(writer.sends, (std::vector<NotedSend>{{QStringLiteral("nowup"), 3, 1}}));
+    EXPECT_EQ(writer.calls, QStringList{"nowup 3/1"});
 }
 
 TEST_F(DisplayLinesTest, RepeatedNowUpSendsNothing)
@@ -252,16 +252,16 @@ TEST_F(DisplayLinesTest, RepeatedNowUpSendsNothing)
         lines.FillNowUpLine(1, 1, QStringLiteral("12"), longName, QStringLiteral("Gym"));
     // Surrounding blanks do not count as a change either.
     lines.FillNowUpLine(1, 1, QStringLiteral(" 12 "), longName, QStringLiteral("Gym  "));
-    EXPECT_EQ(writer.sends.size(), 1u);
+    EXPECT_EQ(writer.calls.size(), 1);
     lines.FillNowUpLine(1, 1, QStringLiteral("13"), longName, QStringLiteral("Gym"));
-    EXPECT_EQ(writer.sends.size(), 2u);
+    EXPECT_EQ(writer.calls.size(), 2);
     // Clearing sends once, then nothing.
     lines.FillNowUpLine(1, 1, QString(), QString(), QString());
     lines.FillNowUpLine(1, 1, QString(), QString(), QString());
-    EXPECT_EQ(writer.sends.size(), 3u);
+    EXPECT_EQ(writer.calls.size(), 3);
     EXPECT_EQ(bytesAt(record, 5261, 70), QByteArray("VAULT ") + QByteArray(64, ' '));
     // After the block is cleared the title goes out again.
     record.clearAll();
     lines.FillNowUpLine(1, 1, QString(), QString(), QString());
-    EXPECT_EQ(writer.sends.size(), 4u);
+    EXPECT_EQ(writer.calls.size(), 4);
 }

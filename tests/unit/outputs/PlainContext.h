@@ -1,7 +1,6 @@
 #pragma once
 
-// A main window as plain data, for the line fill routines, and a target that
-// notes what it was asked to send.
+// A main window as plain data, for the line fill routines.
 
 #include "outputs/DisplayContext.h"
 #include "outputs/DisplayWriter.h"
@@ -10,7 +9,6 @@
 #include <QString>
 
 #include <array>
-#include <vector>
 
 namespace kestra::test {
 
@@ -39,33 +37,6 @@ struct PlainContext final : DisplayContext {
     int nameFormat() const override { return format; }
     DisplayWriter *checkedWriter() const override { return writer; }
     OperatorPrompt &prompt() const override { return recorder; }
-};
-
-struct NotedSend {
-    QString call;
-    int slot;
-    int side;
-    bool operator==(const NotedSend &) const = default;
-};
-
-class NotingWriter final : public DisplayWriter {
-public:
-    explicit NotingWriter(TargetKind kind = TargetKind::Line) : m_kind(kind) {}
-    QString targetName() const override { return QStringLiteral("rdoNoting"); }
-    TargetKind kind() const override { return m_kind; }
-    DeviceError sendEventLine(int slot, int side) override { return note(QStringLiteral("event"), slot, side); }
-    DeviceError sendNowUpLine(int slot, int side) override { return note(QStringLiteral("nowup"), slot, side); }
-
-    std::vector<NotedSend> sends;
-    DeviceError result = DeviceErrors::Success;
-
-private:
-    DeviceError note(const QString &call, int slot, int side)
-    {
-        sends.push_back({call, slot, side});
-        return result;
-    }
-    TargetKind m_kind;
 };
 
 } // namespace kestra::test

@@ -2,6 +2,8 @@
 
 // Settings files read and written by hand, as the other programs sharing them do.
 
+#include "support/TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -10,11 +12,6 @@
 #include <string>
 
 namespace kestra::test {
-
-inline QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 // The file's bytes, or "<none>" when there is no file to read.
 inline std::string contents(const QString &path)

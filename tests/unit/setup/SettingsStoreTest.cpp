@@ -57,7 +57,6 @@ TEST(SettingsStore, AMissingKeyReadsAsDefaultsAndWritesMakeAPrivateFileInWritten
     EXPECT_EQ(key.ReadString(S(""), S("MarlowenServerName"), S("none")), S("none"));
     EXPECT_EQ(key.ReadInteger(S("Servers"), S("NumServers"), 0), 0);
     EXPECT_TRUE(key.ReadBool(S("Custom"), S("Flag"), true));
-    EXPECT_FALSE(key.KeyExists(S("Servers")));
     EXPECT_FALSE(QFileInfo::exists(dir.file(S("a")))) << "reading creates nothing";
 
     ASSERT_TRUE(key.WriteInteger(S("Servers"), S("NumServers"), 1));
@@ -87,29 +86,14 @@ TEST(SettingsStore, EveryReadSeesTheFileAsItIsNowAndAWriteKeepsWhatOthersWrote)
     EXPECT_EQ(contents(key.filePath()), "marlowenservername=Other\r\n\r\n[Custom]\r\nTeamID=3\r\n");
 }
 
-TEST(SettingsStore, DeleteKeyRemovesTheServerList)
+TEST(SettingsStore, AWriteThatChangesNothingLeavesTheFileAndAnUpdateThatGivesUpWritesNothing)
 {
     TempDir dir;
     SettingsStore key(dir.file(S("Marlowen.ini")));
-    ASSERT_TRUE(key.update([](SettingsDocument &doc) {
-        doc.WriteString(S(""), S("MarlowenServerName"), S("B"));
-        doc.WriteInteger(S("Servers"), S("NumServers"), 12);
-        for (int n = 1; n <= 12; ++n)
-            doc.WriteString(S("Servers\\Server") + QString::number(n), S("Name"), S("S") + QString::number(n));
-        doc.WriteInteger(S("Custom"), S("TeamID"), 2);
-        return true;
-    }));
-    ASSERT_TRUE(key.DeleteKey(S("Servers")));
-    EXPECT_FALSE(key.KeyExists(S("Servers\\Server12")));
-    EXPECT_EQ(contents(key.filePath()), "MarlowenServerName=B\n\n[Custom]\nTeamID=2\n");
-
-    // Nothing to remove or change: success, and the file is not replaced.
+    ASSERT_TRUE(key.WriteInteger(S("Custom"), S("TeamID"), 2));
     const ino_t inode = fileStat(key.filePath()).st_ino;
-    EXPECT_TRUE(key.DeleteKey(S("Servers")));
     EXPECT_TRUE(key.WriteInteger(S("custom"), S("teamid"), 2));
     EXPECT_EQ(fileStat(key.filePath()).st_ino, inode);
-    EXPECT_FALSE(key.DeleteKey(S(""))) << "the whole key is never removed this way";
-    // An update that gives up writes nothing.
     EXPECT_FALSE(key.update([](SettingsDocument &doc) { return !doc.removeSection(S("Custom")); }));
     EXPECT_EQ(key.ReadInteger(S("Custom"), S("TeamID"), 0), 2);
 }
@@ -135,7 +119,6 @@ TEST(SettingsStore, FailuresGiveDefaultsAndFalseAndNeverOverwrite)
     SettingsStore unreadable(dir.file(S("Kestra.ini")));
     EXPECT_EQ(unreadable.ReadInteger(S("Options"), S("Interval"), 60), 60);
     EXPECT_FALSE(unreadable.WriteInteger(S("Options"), S("Interval"), 30));
-    EXPECT_FALSE(unreadable.DeleteKey(S("Options")));
     EXPECT_TRUE(QFileInfo(dir.file(S("Kestra.ini"))).isDir());
 
     put(dir.file(S("blocker")), "not a folder");

@@ -8,24 +8,13 @@
 
 using namespace kestra;
 
-TEST(LogicalControl, OperatorClickChangesStateBeforeTheHandlerRuns)
-{
-    ControlSet controls;
-    LogicalControl &box = controls.add(QStringLiteral("chkPause"), QStringLiteral("Pause"));
-    bool seenChecked = false;
-    box.setClickHandler([&] { seenChecked = box.isChecked(); });
-    box.operatorSetChecked(true);
-    EXPECT_TRUE(seenChecked);
-}
-
-TEST(LogicalControl, ComposedNamesAreFoundAndUnknownOnesThrow)
+TEST(LogicalControl, AnUnknownNameThrows)
 {
     ControlSet controls;
     controls.add(QStringLiteral("chkEvent31"));
-    EXPECT_EQ(&controls(QStringLiteral("chkEvent") + QString::number(3) + QString::number(1)),
-              controls.find(QStringLiteral("chkEvent31")));
-    EXPECT_THROW(controls(QStringLiteral("chkEvent71")), std::out_of_range);
+    EXPECT_NE(controls.find(QStringLiteral("chkEvent31")), nullptr);
     EXPECT_EQ(controls.find(QStringLiteral("nope")), nullptr);
+    EXPECT_THROW(controls(QStringLiteral("chkEvent71")), std::out_of_range);
 }
 
 TEST(TickSource, FakeClockWrapsLikeA32BitCount)
@@ -33,12 +22,6 @@ TEST(TickSource, FakeClockWrapsLikeA32BitCount)
     FakeTickSource ticks(0xFFFFFF00u);
     ticks.advance(0x200);
     EXPECT_EQ(ticks.tickCount(), 0x100u);
-}
-
-TEST(TickSource, SystemClockStaysWithin32Bits)
-{
-    SystemTickSource ticks;
-    EXPECT_LE(ticks.tickCount(), 0xFFFFFFFFull);
 }
 
 TEST(OperatorPrompt, TaskDialogBreaksAreTheTwoCharactersBackslashN)
