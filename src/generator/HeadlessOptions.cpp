@@ -20,17 +20,6 @@ QString quoted(const QString &text)
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
-// A store address is a host or an absolute folder; on a command line a
-// folder relative to the current one is meant as well (a host name has no
-// slash).
-QString storeAddressOf(const QString &text)
-{
-    const bool relative = text == QLatin1String(".") || text == QLatin1String("..") ||
-                          (text.contains(QLatin1Char('/')) && !text.startsWith(QLatin1Char('/')) &&
-                           !text.startsWith(QLatin1Char('~')));
-    return relative ? QDir::cleanPath(QDir::current().absoluteFilePath(text)) : text;
-}
-
 // Kestra's key holds section Options alone; a value the program reads with
 // a type or range it cannot take would silently read as its default, so the
 // command line refuses it. Yes/no words become the stored 1 and 0.
@@ -296,7 +285,7 @@ private:
             return false;
 
         if (arg == QLatin1String("--store")) {
-            m_options.storeAddress = storeAddressOf(value.trimmed());
+            m_options.storeAddress = value.trimmed();
             return true;
         }
         if (arg == QLatin1String("--server")) {

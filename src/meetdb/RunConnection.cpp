@@ -1,5 +1,9 @@
 #include "meetdb/RunConnection.h"
 
+#include "meetdb/StoreAddress.h"
+
+#include <QFileInfo>
+
 namespace kestra {
 
 std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const SettingsStore &marlowenKey,
@@ -42,9 +46,15 @@ std::unique_ptr<ServerConnection> connectForRun(const RunServer &server, const S
     if (why.isEmpty())
         why = QStringLiteral("could not connect to the server \"%1\"").arg(connection->currentServerName());
     if (why.startsWith(QLatin1String("Kestra was unable to connect"))) {
+        if (const QString bareWord = StoreAddress::explainBareWord(address, connection->reason());
+            !bareWord.isEmpty())
+            return fail(bareWord);
         if (why.endsWith(QLatin1Char('.')))
             why.chop(1);
         why += QStringLiteral(": ") + connection->reason();
+        const auto parsed = StoreAddress::parse(address);
+        if (parsed && parsed->backend == StoreBackend::Sqlite && !QFileInfo(parsed->folder).isDir())
+            why += QStringLiteral(" (%1)").arg(StoreAddress::acceptedForms());
     }
     return fail(why);
 }

@@ -14,6 +14,16 @@ QString StoreAddress::acceptedForms()
                           "a PostgreSQL server as host[:port] or role@host[:port], or a postgresql:// URI");
 }
 
+QString StoreAddress::explainBareWord(const QString &text, const QString &reason)
+{
+    static const QRegularExpression bare(QStringLiteral("^[A-Za-z0-9_-]+$"));
+    const QString t = text.trimmed();
+    if (!bare.match(t).hasMatch())
+        return QString();
+    return QStringLiteral("\"%1\" is not a PostgreSQL server that answers (%2); %3. For a folder here, write ./%1.")
+        .arg(t, reason.simplified(), acceptedForms());
+}
+
 QString StoreAddress::display() const
 {
     if (backend == StoreBackend::Sqlite)

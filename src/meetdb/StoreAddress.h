@@ -37,6 +37,10 @@ struct StoreAddress {
 
     // The forms an address takes, in one sentence, for messages.
     static QString acceptedForms();
+    // For a bare word ("meet", "scoring") that named no server that answers:
+    // what was tried and the forms an address takes, so that a folder meant
+    // as "meet" is written "./meet" next time. Empty for any other text.
+    static QString explainBareWord(const QString &text, const QString &reason);
 };
 
 } // namespace kestra

@@ -55,7 +55,8 @@ std::unique_ptr<MeetStore> seedMeet(const QString &address)
     return store;
 }
 
-MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings, StoreBackend backend)
+MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArray &settings, StoreBackend backend,
+                 OperatorPrompt *windowPrompt)
 {
     configFolder = dir.file(QStringLiteral("config"));
     if (backend == StoreBackend::Sqlite) {
@@ -100,7 +101,8 @@ MainRig::MainRig(const std::function<void(MeetStore &)> &prepare, const QByteArr
     else
         connection = std::make_unique<AliasConnection>(dbFolder, alias);
     m_main = std::make_unique<KestraMain>(*connection, SettingsStore::kestraKey(configFolder),
-                                          SettingsStore::marlowenKey(configFolder), prompt, ticks, record,
+                                          SettingsStore::marlowenKey(configFolder),
+                                          windowPrompt ? *windowPrompt : prompt, ticks, record,
                                           transport, [this] { ++restarts; });
     QObject::connect(m_main.get(), &KestraMain::quitRequested, [this] { ++quits; });
     // Free ports: tests run side by side.

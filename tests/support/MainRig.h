@@ -30,9 +30,10 @@ namespace kestra::test {
 class MainRig {
 public:
     // `prepare` changes the fresh store before the window opens; `settings`
-    // is the text of Kestra.ini beyond the UDP link the rig sets up.
+    // is the text of Kestra.ini beyond the UDP link the rig sets up. The
+    // window's boxes go to `prompt` unless `windowPrompt` is given.
     explicit MainRig(const std::function<void(MeetStore &)> &prepare = {}, const QByteArray &settings = {},
-                     StoreBackend backend = StoreBackend::Sqlite);
+                     StoreBackend backend = StoreBackend::Sqlite, OperatorPrompt *windowPrompt = nullptr);
     ~MainRig();
 
     // create() then show(); false when creation gave up.

@@ -2,6 +2,7 @@
 // scores as the scoring product would.
 #include "meetdb/DevStore.h"
 #include "meetdb/MeetStore.h"
+#include "meetdb/StoreAddress.h"
 #include "support/Formatting.h"
 
 #include <QCoreApplication>
@@ -306,7 +307,10 @@ int main(int argc, char **argv)
             return seed(a);
         return feed(a);
     } catch (const StoreError &e) {
-        err(e.message());
+        const QString bareWord = e.kind() == StoreError::Kind::Transport
+                                     ? StoreAddress::explainBareWord(a.address, e.reason())
+                                     : QString();
+        err(bareWord.isEmpty() ? e.message() : bareWord);
         return StoreFailure;
     }
 }

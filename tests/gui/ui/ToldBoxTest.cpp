@@ -2,22 +2,15 @@
 // serial port every fill fails, and the scores fed meanwhile must still be
 // taken while the operator leaves the box open.
 #include "generator/KestraMain.h"
-#include "generator/NowUpListeners.h"
 #include "meetdb/DevStore.h"
-#include "meetdb/MeetConnection.h"
-#include "outputs/DeviceTransport.h"
-#include "outputs/DisplayRecord.h"
 #include "support/MainRig.h"
 #include "support/TestSupport.h"
-#include "support/TickSource.h"
 #include "ui/MessageBoxPrompt.h"
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QMessageBox>
 #include <QTimer>
 
@@ -36,37 +29,17 @@ int visibleBoxes()
 
 TEST(ToldBoxTest, aDeadPortsBoxLeftOpenDoesNotStopThePoll)
 {
-    test::TempDir dir;
-    const QString db = dir.file(S("db"));
-    test::copySeededStore(db);
-    QDir().mkpath(dir.file(S("config")));
-    QFile ini(dir.file(S("config/Kestra.ini")));
-    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
-    ini.write("[Options]\nComPort=/dev/kestra-no-such-port\nBaseAddr=760\nInterval=0\nIntervalMax=999\n");
-    ini.close();
-
-    DirectConnection connection(db);
     MessageBoxPrompt prompt;
-    FakeTickSource ticks;
-    DisplayRecord record;
-    DeviceTransport transport;
-    KestraMain main(connection, SettingsStore::kestraKey(dir.file(S("config"))),
-                    SettingsStore::marlowenKey(dir.file(S("config"))), prompt, ticks, record, transport);
-    main.listeners().setPorts(0, 0);
-    ASSERT_TRUE(main.create());
-    main.show();
-    auto peer = MeetStore::forAddress(db);
-    peer->connect();
-    peer->openDatabase();
-    DevStore::ScoreFeed feed(*peer, {});
+    test::MainRig rig({}, "ComPort=/dev/kestra-no-such-port\nInterval=0\nIntervalMax=999\n",
+                      StoreBackend::Sqlite, &prompt);
+    KestraMain &main = rig.main();
+    ASSERT_TRUE(rig.open());
+
+    DevStore::ScoreFeed feed(rig.peer(), {});
     constexpr int kFed = 14;
     for (int i = 0; i < kFed; ++i)
         ASSERT_TRUE(feed.publish());
-    const auto taken = [&] {
-        QueryResult result = peer->query(S("select count(*) from QueueDone where AppID = 4"));
-        result.first();
-        return result.value(0).toInt();
-    };
+    const auto taken = [&] { return rig.scalar(S("select count(*) from QueueDone where AppID = 4")).toInt(); };
 
     // Start's now-up clears fail on the dead port already, so the first box
     // is up from the start; everything below runs inside its nested loop.
@@ -101,8 +74,6 @@ TEST(ToldBoxTest, aDeadPortsBoxLeftOpenDoesNotStopThePoll)
     // Blanks and fills fail alike; whichever box is up has counted its repeats.
     EXPECT_TRUE(textWhenDone.contains(S(" event score\n\nError opening COM port\n\n(This happened ")))
         << textWhenDone.toStdString();
-    main.stop();
-    main.close();
 }
 
 } // namespace

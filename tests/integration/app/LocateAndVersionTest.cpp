@@ -9,11 +9,6 @@ using namespace kestra::test;
 
 namespace {
 
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
 // The children reach the Avahi daemon on the D-Bus system bus they inherit.
 auto useSystemBus(const QString &address)
 {

@@ -87,12 +87,6 @@ TEST(HeadlessOptionsTest, goodLinesGiveTheirOptions)
              EXPECT_EQ(o.columns[1].events, (std::array<bool, 6>{true, true, false, false, false, false}));
              EXPECT_EQ(o.columns[0].events, allEvents);
          }},
-        {"a folder relative to the current one becomes absolute", args({"--store", "./meets/../meet"}),
-         [](const HeadlessOptions &o) { EXPECT_EQ(o.storeAddress, QDir::current().absoluteFilePath(QStringLiteral("meet"))); }},
-        {"a host stays as written", args({"--store", "scoring:5433"}),
-         [](const HeadlessOptions &o) { EXPECT_EQ(o.storeAddress, QStringLiteral("scoring:5433")); }},
-        {"a home folder stays as written", args({"--store", "~/meet"}),
-         [](const HeadlessOptions &o) { EXPECT_EQ(o.storeAddress, QStringLiteral("~/meet")); }},
         {"every target by name, any case",
          args({"--target", "XPRESSION"}),
          [](const HeadlessOptions &o) { EXPECT_EQ(o.target, OutputTarget::Xpression); }},
