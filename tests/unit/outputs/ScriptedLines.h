@@ -34,7 +34,7 @@ public:
         m_log.opened.append(device);
         return !m_log.refuseOpen;
     }
-    bool write(QByteArrayView data) override
+    bool write(QByteArrayView data, FrameKind) override
     {
         if (m_log.onWrite)
             m_log.onWrite(data);
