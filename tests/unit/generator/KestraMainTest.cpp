@@ -280,7 +280,8 @@ TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
         EXPECT_EQ(rig(S("lblFileName")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("lblStatus")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("chkSTXETX")).isVisible(), c.stxetx);
-        EXPECT_EQ(rig.main().checkedWriter() != nullptr, c.checked && S(c.checked) == S("rdoDaktronics"));
+        if (const DisplayWriter *writer = rig.main().checkedWriter())
+            EXPECT_EQ(writer->targetName(), S(c.checked));
     }
     MainRig rig({}, "UseXML=1\nOutputFileName=/srv/board.xml\nSTXETX=1\nNCAAMode=1\n");
     ASSERT_TRUE(rig.main().create());
