@@ -148,8 +148,11 @@ QString HeadlessRun::describe() const
     if (m_main.controls()(QStringLiteral("chkNCAA")).isChecked())
         line += QStringLiteral("; NCAA mode");
     const KestraSettings &s = m_main.settings();
-    line += QStringLiteral("; target %1").arg(targetName(m_main.checkedTarget()));
-    if (s.COMPort == QLatin1String("UDP"))
+    const OutputTarget target = m_main.checkedTarget();
+    line += QStringLiteral("; target %1").arg(targetName(target));
+    if (target == OutputTarget::File || target == OutputTarget::XML)
+        line += QStringLiteral(" to \"%1\"").arg(s.OutputFileName);
+    else if (s.COMPort == QLatin1String("UDP"))
         line += QStringLiteral(" by UDP to %1:%2").arg(s.IPAddr, s.UDPPort);
     else
         line += QStringLiteral(" on %1").arg(s.COMPort);

@@ -134,6 +134,10 @@ INSTANTIATE_TEST_SUITE_P(
                      EXPECT_EQ(o.overrides[5], (SettingOverride{"Options", "COMPort", "/dev/ttyUSB0"}));
                      EXPECT_EQ(o.overrides[6], (SettingOverride{"Options", "IPAddr", "255.255.255.255"}));
                  }},
+        GoodLine{"the board's address may be a host name", args({"--set", "Options/IPAddr=board-2.arena.lan"}),
+                 [](const HeadlessOptions &o) {
+                     EXPECT_EQ(o.overrides.at(0), (SettingOverride{"Options", "IPAddr", "board-2.arena.lan"}));
+                 }},
         GoodLine{"--help wins over anything else on the line", args({"--bogus", "--help", "--meet", "x"}),
                  [](const HeadlessOptions &o) { EXPECT_TRUE(o.help); }}),
     [](const testing::TestParamInfo<GoodLine> &info) { return "line" + std::to_string(info.index); });
@@ -200,9 +204,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadLine{args({"--set", "Options/UDPPort=70000"}),
                 "--set: Options/UDPPort=70000: a whole number from 0 to 65535"},
         BadLine{args({"--set", "Options/IPAddr=1.2.3"}),
-                "--set: Options/IPAddr=1.2.3: an IPv4 address such as 127.0.0.1"},
+                "--set: Options/IPAddr=1.2.3: an IPv4 address such as 127.0.0.1, or a host name"},
         BadLine{args({"--set", "Options/IPAddr=1.2.3.256"}),
-                "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1"},
+                "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1, or a host name"},
+        BadLine{args({"--set", "Options/IPAddr=board one"}),
+                "--set: Options/IPAddr=board one: an IPv4 address such as 127.0.0.1, or a host name"},
         BadLine{args({"--set", "Options/UseBarco=maybe"}), "--set: Options/UseBarco=maybe: 1 or 0"},
         BadLine{args({"--set", "Options/COMPort=COM9"}),
                 "--set: Options/COMPort=COM9: COM1 to COM4, UDP, or the path of a serial device such as "

@@ -164,6 +164,36 @@ TEST(DeviceTransport, UdpNeedsNoBaseAddressAndSendsOneDatagramPerFrame)
     EXPECT_EQ(board.take(2), (QList<QByteArray>{"first frame", QByteArray(5701, 'B')}));
 }
 
+TEST(DeviceTransport, AHostNameIsLookedUpInTheBackgroundWhileFramesWaitInOrder)
+{
+    Receiver board;
+    DeviceTransport transport;
+    transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("localhost"), board.port());
+    EXPECT_TRUE(transport.isUdpResolving()); // the answer comes on the event loop, not in this call
+    EXPECT_FALSE(transport.isUdpConnected());
+    EXPECT_EQ(transport.SendDeviceData("line 1"), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("block 1", FrameKind::Record), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("line 2"), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("block 2", FrameKind::Record), DeviceErrors::Success);
+    EXPECT_EQ(board.take(3), (QList<QByteArray>{"line 1", "block 2", "line 2"}));
+    EXPECT_FALSE(transport.isUdpResolving());
+    EXPECT_EQ(transport.SendDeviceData("line 3"), DeviceErrors::Success);
+    EXPECT_EQ(board.take(1), QList<QByteArray>{"line 3"});
+}
+
+TEST(DeviceTransport, AHostNameThatDoesNotResolveIsCodeTwoWithTheReason)
+{
+    DeviceTransport transport;
+    transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("no-such-host.invalid"), QStringLiteral("40001"));
+    EXPECT_EQ(transport.SendDeviceData("held"), DeviceErrors::Success);
+    ASSERT_TRUE(waitUntil([&] { return !transport.isUdpResolving(); }, std::chrono::seconds(20)));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::SendFailed);
+        EXPECT_TRUE(transport.lastFailure().startsWith(QStringLiteral("cannot resolve \"no-such-host.invalid\"")))
+            << transport.lastFailure().toStdString();
+    }
+}
+
 TEST(DeviceTransport, UdpWithAnUnusableDestinationIsCodeTwo)
 {
     DeviceTransport transport;
@@ -211,6 +241,30 @@ TEST(DeviceTransport, ADestinationWithNobodyListeningStillCountsAsSent)
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(transport.SendDeviceData("into the void"), DeviceErrors::Success);
         QCoreApplication::processEvents();
+    }
+}
+
+TEST(TransmitBuffer, ANewerBlockReplacesAWaitingOneInItsPlaceAndLineFramesStayInOrder)
+{
+    const struct {
+        std::vector<std::pair<const char *, FrameKind>> pushed;
+        QList<QByteArray> sent;
+        quint64 replaced;
+    } cases[] = {
+        {{{"a", FrameKind::Line}, {"b", FrameKind::Line}, {"c", FrameKind::Line}}, {"a", "b", "c"}, 0},
+        {{{"r1", FrameKind::Record}, {"r2", FrameKind::Record}, {"r3", FrameKind::Record}}, {"r3"}, 2},
+        {{{"a", FrameKind::Line}, {"r1", FrameKind::Record}, {"b", FrameKind::Line}, {"r2", FrameKind::Record}},
+         {"a", "r2", "b"}, 1},
+    };
+    for (const auto &c : cases) {
+        TransmitBuffer buffer;
+        for (const auto &[bytes, kind] : c.pushed)
+            buffer.push(bytes, kind);
+        QList<QByteArray> sent;
+        while (!buffer.isEmpty())
+            sent.append(buffer.takeFirst());
+        EXPECT_EQ(sent, c.sent);
+        EXPECT_EQ(buffer.replaced(), c.replaced);
     }
 }
 
