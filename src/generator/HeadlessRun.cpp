@@ -1,6 +1,7 @@
 #include "generator/HeadlessRun.h"
 
 #include "generator/KestraMain.h"
+#include "generator/MeetSelection.h"
 #include "support/LogicalControl.h"
 
 #include <QList>
@@ -10,20 +11,6 @@
 namespace kestra {
 
 namespace {
-
-QString targetName(OutputTarget target)
-{
-    switch (target) {
-    case OutputTarget::Daktronics: return QStringLiteral("Daktronics");
-    case OutputTarget::Barco: return QStringLiteral("Barco");
-    case OutputTarget::WhiteWay: return QStringLiteral("White Way");
-    case OutputTarget::File: return QStringLiteral("File Output");
-    case OutputTarget::XML: return QStringLiteral("XML File");
-    case OutputTarget::Xpression: return QStringLiteral("Xpression");
-    case OutputTarget::None: break;
-    }
-    return QStringLiteral("none");
-}
 
 QList<int> tickedList(const std::array<bool, 6> &events)
 {
@@ -39,10 +26,10 @@ QList<int> tickedList(const std::array<bool, 6> &events)
 
 HeadlessRun::HeadlessRun(KestraMain &main, HeadlessOptions options) : m_main(main), m_options(std::move(options)) {}
 
-bool HeadlessRun::pick(bool done, const QString &what)
+bool HeadlessRun::pick(bool done, const QString &what, const QString &why)
 {
     if (!done)
-        m_lastError = what + QStringLiteral(": ") + m_main.lastError();
+        m_lastError = what + QStringLiteral(": ") + why;
     return done;
 }
 
@@ -55,29 +42,36 @@ HeadlessRun::Outcome HeadlessRun::begin()
     // In the operator's order: the meet resets both event groups and empties
     // the sessions; the dual box gives column 2; sessions size the rotation.
     const HeadlessOptions &o = m_options;
-    if (o.meetId && !pick(m_main.selectMeet(*o.meetId), QStringLiteral("--meet %1").arg(*o.meetId)))
+    MeetSelection &selection = m_main.selection();
+    const auto picked = [this, &selection](bool done, const QString &what) {
+        return pick(done, what, selection.lastError());
+    };
+    if (o.meetId && !picked(selection.selectMeet(*o.meetId), QStringLiteral("--meet %1").arg(*o.meetId)))
         return Outcome::Refused;
-    if (!pick(m_main.setDual(o.dual), QStringLiteral("--dual")))
+    if (!picked(selection.setDual(o.dual), QStringLiteral("--dual")))
         return Outcome::Refused;
     for (int side = 1; side <= (o.dual ? 2 : 1); ++side) {
         const HeadlessColumn &column = o.columns[side - 1];
         const QString suffix = side == 2 ? QStringLiteral("2") : QString();
         if (column.eventGroup &&
-            !pick(m_main.selectEventGroup(side, *column.eventGroup),
-                  QStringLiteral("--group%1 %2").arg(suffix).arg(*column.eventGroup)))
+            !picked(selection.selectEventGroup(side, *column.eventGroup),
+                    QStringLiteral("--group%1 %2").arg(suffix).arg(*column.eventGroup)))
             return Outcome::Refused;
         if (!column.sessions.isEmpty() &&
-            !pick(m_main.setSessions(side, column.sessions),
-                  QStringLiteral("--sessions%1 %2").arg(suffix, column.sessions.join(QLatin1Char(',')))))
+            !picked(selection.setSessions(side, column.sessions),
+                    QStringLiteral("--sessions%1 %2").arg(suffix, column.sessions.join(QLatin1Char(',')))))
             return Outcome::Refused;
-        if (!pick(m_main.setTickedEvents(side, tickedList(column.events)), QStringLiteral("--events") + suffix))
+        // Without --events every event of the group stays ticked, as the
+        // window shows it.
+        if (column.eventsGiven &&
+            !picked(selection.setTickedEvents(side, tickedList(column.events)), QStringLiteral("--events") + suffix))
             return Outcome::Refused;
     }
-    if (!pick(m_main.setNcaa(o.ncaa), QStringLiteral("--ncaa")))
+    if (!picked(selection.setNcaa(o.ncaa), QStringLiteral("--ncaa")))
         return Outcome::Refused;
-    if (o.rotation && !pick(m_main.setRotation(*o.rotation), QStringLiteral("--rotation %1").arg(*o.rotation)))
+    if (o.rotation && !picked(selection.setRotation(*o.rotation), QStringLiteral("--rotation %1").arg(*o.rotation)))
         return Outcome::Refused;
-    if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target")))
+    if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target"), m_main.lastError()))
         return Outcome::Refused;
 
     if (!m_main.start()) {
@@ -122,20 +116,20 @@ QString HeadlessRun::describe() const
     };
     auto sessions = [&c](int side) {
         QStringList list;
-        for (const QString &box : KestraMain::sessionBoxes(side)) {
+        for (const QString &box : MeetSelection::sessionBoxes(side)) {
             if (const LogicalControl *control = c.find(box); control && !control->text().isEmpty())
                 list.append(control->text());
         }
         // Additional boxes count only behind a primary one.
-        if (list.isEmpty() || c(KestraMain::sessionBoxes(side).first()).text().isEmpty())
+        if (list.isEmpty() || c(MeetSelection::sessionBoxes(side).first()).text().isEmpty())
             return QStringLiteral("all");
         return list.join(QLatin1Char(','));
     };
     auto events = [this](int side) {
         QStringList list;
-        for (int e = 1; e <= m_main.numEvents(side); ++e) {
-            if (m_main.isEventTicked(e, side))
-                list.append(m_main.eventTitle(side, e).trimmed());
+        for (int e = 1; e <= m_main.selection().numEvents(side); ++e) {
+            if (m_main.selection().isEventTicked(e, side))
+                list.append(m_main.selection().eventTitle(side, e).trimmed());
         }
         return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
     };
@@ -149,9 +143,14 @@ QString HeadlessRun::describe() const
         line += QStringLiteral("; NCAA mode");
     const KestraSettings &s = m_main.settings();
     const OutputTarget target = m_main.checkedTarget();
-    line += QStringLiteral("; target %1").arg(targetName(target));
+    const int button = int(target) - int(OutputTarget::Daktronics);
+    line += QStringLiteral("; target %1").arg(target == OutputTarget::None ? QStringLiteral("none")
+                                                                          : KestraMain::targetCaptions().value(button));
     if (target == OutputTarget::File || target == OutputTarget::XML)
-        line += QStringLiteral(" to \"%1\"").arg(s.OutputFileName);
+        line += s.OutputFileName.isEmpty() ? QStringLiteral(" (no file chosen)")
+                                           : QStringLiteral(" to %1").arg(s.OutputFileName);
+    else if (target == OutputTarget::Xpression)
+        line += QStringLiteral(" through MySQL server \"%1\", database \"%2\"").arg(s.MySQLServer, s.MySQLDatabase);
     else if (s.COMPort == QLatin1String("UDP"))
         line += QStringLiteral(" by UDP to %1:%2").arg(s.IPAddr, s.UDPPort);
     else

@@ -31,7 +31,7 @@ public:
     QString describe() const;
 
 private:
-    bool pick(bool done, const QString &what);
+    bool pick(bool done, const QString &what, const QString &why);
 
     KestraMain &m_main;
     HeadlessOptions m_options;

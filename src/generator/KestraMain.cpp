@@ -1,6 +1,7 @@
 #include "generator/KestraMain.h"
 
 #include "generator/DisplayCycle.h"
+#include "generator/MeetSelection.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
 #include "kestra/Version.h"
@@ -16,9 +17,6 @@
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
-#include <QScopeGuard>
-
-#include <algorithm>
 
 namespace kestra {
 
@@ -38,17 +36,6 @@ QString cell(const char *stem, int eventNumber, int side)
     return QStringLiteral("%1%2%3").arg(QLatin1String(stem)).arg(eventNumber).arg(side);
 }
 
-bool isConnectionLost(std::exception_ptr error)
-{
-    try {
-        std::rethrow_exception(error);
-    } catch (const StoreError &failure) {
-        return failure.kind() == StoreError::Kind::ConnectionLost;
-    } catch (...) {
-        return false;
-    }
-}
-
 QString describeFailure(std::exception_ptr error)
 {
     try {
@@ -62,20 +49,6 @@ QString describeFailure(std::exception_ptr error)
     }
 }
 
-// Moves a cursor to the row the operator chose in a lookup; true when that
-// changed the lookup's key.
-bool followLookup(LogicalControl &lookup, TableCursor *cursor, const QString &keyField)
-{
-    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
-    const int index = lookup.currentIndex();
-    if (index < 0 || index >= keys.size() || !cursor)
-        return false;
-    const QVariant before = lookup.property(QStringLiteral("key"));
-    lookup.setProperty(QStringLiteral("key"), keys[index]);
-    cursor->locate(keyField, {keys[index]});
-    return before.isNull() || before.toLongLong() != keys[index].toLongLong();
-}
-
 } // namespace
 
 const QStringList &KestraMain::targetButtons()
@@ -86,28 +59,26 @@ const QStringList &KestraMain::targetButtons()
     return names;
 }
 
+const QStringList &KestraMain::targetCaptions()
+{
+    static const QStringList captions = {QStringLiteral("Daktronics"),  QStringLiteral("Barco"),
+                                         QStringLiteral("White Way"),   QStringLiteral("File Output"),
+                                         QStringLiteral("XML File"),    QStringLiteral("Xpression")};
+    return captions;
+}
+
 const QStringList &KestraMain::runLockedControls()
 {
     static const QStringList names = [] {
         QStringList n = {QStringLiteral("chkDual"),      QStringLiteral("dblcboMeets"),
-                         QStringLiteral("dblcboEvent1"), QStringLiteral("cboSession1"),
-                         QStringLiteral("cboSession1x"), QStringLiteral("cboSession1y"),
-                         QStringLiteral("cboSession1z"), QStringLiteral("dblcboEvent2"),
-                         QStringLiteral("cboSession2"),  QStringLiteral("cboSession2x"),
-                         QStringLiteral("cboSession2y"), QStringLiteral("cboSession2z"),
-                         QStringLiteral("dxbtnSetupUnits"), QStringLiteral("dxbtnLocateServer"),
-                         QStringLiteral("btnClear"),     QStringLiteral("btnShowTest"),
-                         QStringLiteral("chkEventTest")};
+                         QStringLiteral("dblcboEvent1")};
+        n << MeetSelection::sessionBoxes(1) << QStringLiteral("dblcboEvent2") << MeetSelection::sessionBoxes(2);
+        n << QStringLiteral("dxbtnSetupUnits") << QStringLiteral("dxbtnLocateServer") << QStringLiteral("btnClear")
+          << QStringLiteral("btnShowTest") << QStringLiteral("chkEventTest");
         n << targetButtons() << QStringLiteral("chkNCAA");
         return n;
     }();
     return names;
-}
-
-QStringList KestraMain::sessionBoxes(int side)
-{
-    const QString stem = QStringLiteral("cboSession%1").arg(side);
-    return {stem, stem + QLatin1Char('x'), stem + QLatin1Char('y'), stem + QLatin1Char('z')};
 }
 
 KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, SettingsStore marlowenKey,
@@ -124,6 +95,15 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
       m_restart(std::move(restart))
 {
     buildControls();
+    m_selection = std::make_unique<MeetSelection>(
+        m_controls, [this]() -> MeetStore & { return store(); },
+        [this](const std::function<void()> &handler) { guarded(handler)(); });
+    m_selection->setMeetChangedHandler([this](int meetId) {
+        if (m_hooks.meetChanged)
+            m_hooks.meetChanged(meetId);
+    });
+    wireHandlers();
+
     m_trace.setEnabledSource([this] { return checked(QStringLiteral("chkDebugIO")); });
     m_writers.add(std::make_unique<DaktronicsWriter>(m_record, m_transport, *this, m_trace));
     m_writers.add(std::make_unique<WhiteWayWriter>(m_record, m_transport, *this, m_trace));
@@ -144,6 +124,7 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
             m_hooks.stopResultsTimer();
     };
     lost.serverName = [this] { return currentServerName(); };
+    lost.applicationTitle = [this] { return m_title; };
     if (m_restart) {
         lost.restart = [this] {
             m_restart();
@@ -164,23 +145,12 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
     connect(&m_timers[1], &QTimer::timeout, this, &KestraMain::Timer2Timer);
     connect(&m_timers[2], &QTimer::timeout, this, &KestraMain::Timer3Timer);
     connect(&m_timers[3], &QTimer::timeout, this, &KestraMain::Timer4Timer);
-    wireHandlers();
 }
 
 KestraMain::~KestraMain()
 {
     stopAllTimers();
     m_listeners->stop();
-    // Details before their masters, and every cursor before the store goes.
-    m_gymnasts.reset();
-    m_rotations.reset();
-    m_sessions.reset();
-    m_meets.reset();
-    m_eventDisp1.reset();
-    m_eventDisp2.reset();
-    m_gyms.reset();
-    m_levelChk.reset();
-    m_host.reset();
 }
 
 // ---------------------------------------------------------------- controls
@@ -202,8 +172,6 @@ void KestraMain::buildControls()
     add(s("dxbtnAbout"), s("About Kestra"), "button", "ribbon", 0, 1);
     add(s("dxbtnSetupUnits"), s("Setup"), "button", "ribbon", 0, 2);
     add(s("dxbtnLocateServer"), s("Manage Servers"), "button", "ribbon", 0, 3);
-    add(s("dblcboMeets"), QString(), "lookup", "ribbon", 0, 4)
-        .setProperty(s("caption"), s("Select a Meet"));
 
     add(s("btnScoreStart"), s("Start"), "button", "run", 0, 0);
     add(s("btnScoreStop"), s("Stop"), "button", "run", 0, 0).setVisible(false);
@@ -215,18 +183,11 @@ void KestraMain::buildControls()
     add(s("btnShowTest"), s("Show Sample"), "button", "run", 2, 1);
     add(s("Button1"), s("Output Status"), "button", "run", 3, 0);
 
-    add(s("chkDual"), s("Enable dual-session display"), "check", "options", 0, 0);
-    add(s("chkNCAA"), s("NCAA Mode"), "check", "options", 1, 0);
-    add(s("rgrpRotation"), QString(), "radiogroup", "options", 2, 0)
-        .setProperty(s("caption"), s("NCAA Rotation"));
-    m_controls(s("rgrpRotation")).setProperty(s("columns"), 0);
     add(s("chkEventTest"), s("Event Display Test Mode"), "check", "options", 3, 0);
     add(s("chkDebugIO"), s("Debug IO Output?"), "check", "options", 4, 0);
 
-    const QStringList captions = {s("Daktronics"), s("Barco"),    s("White Way"),
-                                  s("File Output"), s("XML File"), s("Xpression")};
     for (int i = 0; i < targetButtons().size(); ++i) {
-        LogicalControl &radio = add(targetButtons()[i], captions[i], "radio", "target", i, 0);
+        LogicalControl &radio = add(targetButtons()[i], targetCaptions()[i], "radio", "target", i, 0);
         radio.setProperty(s("caption"), s("Jumbotron Type"));
     }
     m_controls(s("rdoDaktronics")).setChecked(true);
@@ -234,46 +195,6 @@ void KestraMain::buildControls()
     add(s("lblFileName"), QString(), "label", "file", 1, 0);
     add(s("lblStatus"), QString(), "label", "file", 2, 0);
     add(s("chkSTXETX"), s("Include STX/ETX characters?"), "check", "file", 3, 0);
-
-    for (int side = 1; side <= 2; ++side) {
-        const QByteArray selection = "column" + QByteArray::number(side);
-        const QByteArray events = "events" + QByteArray::number(side);
-        LogicalControl &lookup = add(QStringLiteral("dblcboEvent%1").arg(side), QString(), "lookup",
-                                     selection.constData(), 0, 0);
-        lookup.setProperty(s("tag"), side);
-        const QStringList boxes = sessionBoxes(side);
-        add(boxes[0], QString(), "combo", selection.constData(), 1, 0);
-        add(QStringLiteral("lblMust%1").arg(side), s(side == 1 ? "(Optional)" : "(Required)"), "label",
-            selection.constData(), 1, 1);
-        add(QStringLiteral("lblAdditional%1").arg(side), s("-------- Additional --------"), "label",
-            selection.constData(), 2, 0);
-        for (int k = 1; k < 4; ++k)
-            add(boxes[k], QString(), "combo", selection.constData(), 2 + k, 0);
-        add(s(side == 1 ? "Label11" : "lblOptional"), s("-------- (Optional) --------"), "label",
-            selection.constData(), 3, 1);
-
-        LogicalControl &group =
-            add(QStringLiteral("grpStatus%1").arg(side), s("Generator Status"), "group", events.constData(), 0, 0);
-        group.setProperty(s("bevelRows"), 6);
-        for (int i = 1; i <= 6; ++i) {
-            add(cell("lblEvent", i, side), QString(), "label", events.constData(), i, 0);
-            LogicalControl &tick = add(cell("chkEvent", i, side), QString(), "check", events.constData(), i, 1);
-            tick.setChecked(true);
-            tick.setProperty(s("heading"), s("Display"));
-            LogicalControl &pause = add(cell("chkPause", i, side), QString(), "check", events.constData(), i, 2);
-            pause.setProperty(s("heading"), s("Pause"));
-            pause.setVisible(false);
-            if (i == 1)
-                pause.setProperty(s("hint"), s("Check the box to pause display of scores for this event"));
-            const char *stems[] = {"EditNum", "EditScore", "EditWait"};
-            const char *headings[] = {"Num", "Score", "Waiting"};
-            for (int k = 0; k < 3; ++k) {
-                LogicalControl &edit = add(cell(stems[k], i, side), QString(), "edit", events.constData(), i, 3 + k);
-                edit.setProperty(s("heading"), s(headings[k]));
-                edit.setProperty(s("readOnly"), true);
-            }
-        }
-    }
 }
 
 std::function<void()> KestraMain::guarded(std::function<void()> handler)
@@ -306,22 +227,8 @@ void KestraMain::wireHandlers()
         if (m_hooks.showSample)
             m_hooks.showSample();
     });
-    on("dblcboMeets", [this] { meetSelectorClicked(); });
-    on("dblcboEvent1", [this] { eventSelectorClicked(1); });
-    on("dblcboEvent2", [this] { eventSelectorClicked(2); });
-    on("chkDual", [this] { chkDualClick(); });
-    on("chkNCAA", [this] { chkDualClick(); });
     for (const QString &name : targetButtons())
         m_controls(name).setClickHandler(guarded([this, name] { targetClicked(name); }));
-    for (int side = 1; side <= 2; ++side) {
-        const QStringList boxes = sessionBoxes(side);
-        m_controls(boxes[0]).setClickHandler(guarded([this, box = boxes[0]] {
-            syncSessionBox(box);
-            cboSession1PropertiesChange();
-        }));
-        for (int k = 1; k < 4; ++k)
-            m_controls(boxes[k]).setClickHandler([this, box = boxes[k]] { syncSessionBox(box); });
-    }
 }
 
 // ---------------------------------------------------------------- lifecycle
@@ -451,21 +358,20 @@ void KestraMain::FormShow()
 {
     if (m_programClosing)
         return;
-    openTables();
-    fillLookups();
-    selectLastMeet();
+    m_selection->openTables();
+    m_selection->selectLastMeet();
     m_settings.readAtShow(m_kestraKey);
     applyOutputSettings();
     m_listeners->start();
-    chkDualClick();
+    m_selection->chkDualClick();
 }
 
 void KestraMain::FormClose()
 {
     m_timers[0].stop();
     m_timers[2].stop();
-    closeSelectionTables();
-    m_gymnasts.reset();
+    m_selection->closeTables();
+    m_selection->closeGymnasts();
 
     m_settings.UseDaktronics = checked(QStringLiteral("rdoDaktronics"));
     m_settings.UseBarco = checked(QStringLiteral("rdoBarco"));
@@ -509,8 +415,27 @@ void KestraMain::Timer4Timer()
     guarded([this] { m_cycle->timer4Tick(); })();
 }
 
+QString KestraMain::unusableTargetReason() const
+{
+    for (int i = 0; i < targetButtons().size(); ++i) {
+        if (!checked(targetButtons()[i]))
+            continue;
+        if (m_writers.find(targetButtons()[i]))
+            return QString();
+        return QStringLiteral("This version of Kestra cannot send to the display target \"%1\" yet.\r\r"
+                              "Please choose another Jumbotron Type before pressing Start.")
+            .arg(targetCaptions()[i]);
+    }
+    return QStringLiteral("No display target is chosen.\r\rPlease choose a Jumbotron Type before pressing Start.");
+}
+
 void KestraMain::btnScoreStartClick()
 {
+    // A run on a target that cannot send would mark every score it takes as
+    // shown and show none of them.
+    if (const QString reason = unusableTargetReason(); !reason.isEmpty())
+        return void(validationFails(reason, targetButtons().first()));
+
     {
         std::unique_ptr<TableCursor> apps = store().openTable(QStringLiteral("ScoreApps"));
         if (!apps->locate(QStringLiteral("AppID"), {4}))
@@ -521,35 +446,28 @@ void KestraMain::btnScoreStartClick()
     if (checked(QStringLiteral("rdoXpression")) && m_hooks.connectMySql)
         m_hooks.connectMySql(m_settings);
 
-    for (TableCursor *cursor : {m_meets.get(), m_sessions.get(), m_eventDisp1.get(), m_eventDisp2.get()}) {
-        if (cursor)
-            cursor->refresh();
-    }
-    fillLookups();
+    m_selection->refreshForRun();
 
     m_eventCount = {numEvents(1), 0};
     m_poll->resetTeams(m_eventCount[0], m_eventCount[1]);
-    const QString session1 = c(QStringLiteral("cboSession1")).text();
+    const QString session1 = m_selection->primarySession(1);
     if (isDual()) {
-        const QString session2 = c(QStringLiteral("cboSession2")).text();
+        const QString session2 = m_selection->primarySession(2);
         if (session1.isEmpty())
             return void(validationFails(kSessionRequiredDual, QStringLiteral("cboSession1")));
         if (session2.isEmpty())
             return void(validationFails(kSessionRequiredDual, QStringLiteral("cboSession2")));
-        const auto eventId = [](TableCursor *cursor) {
-            return cursor && cursor->hasRow() ? cursor->value(QStringLiteral("EventID")) : QVariant();
-        };
-        if (session1 == session2 && eventId(m_eventDisp1.get()) == eventId(m_eventDisp2.get()))
+        if (session1 == session2 && m_selection->eventGroupId(1) == m_selection->eventGroupId(2))
             return void(validationFails(kSessionsMustDiffer, QStringLiteral("cboSession1")));
         m_eventCount[1] = numEvents(2);
         m_poll->resetTeams(m_eventCount[0], m_eventCount[1]);
     }
-    if (checked(QStringLiteral("chkNCAA")) && session1.isEmpty())
+    if (m_selection->isNcaa() && session1.isEmpty())
         return void(validationFails(kSessionRequiredNcaa, QStringLiteral("cboSession1")));
 
     ClearGeneratorStatus(1);
     ClearGeneratorStatus(2);
-    m_gymnasts = store().openTable(QStringLiteral("Gymnasts"), CursorOptions().orderBy(QStringLiteral("MeetID;Num")));
+    m_selection->openGymnasts();
 
     c(QStringLiteral("btnScoreStop")).setVisible(true);
     c(QStringLiteral("btnScoreStart")).setVisible(false);
@@ -575,7 +493,7 @@ void KestraMain::btnScoreStartClick()
         m_timers[1].setInterval(RecordInterval);
         m_timers[1].start();
     }
-    if (checked(QStringLiteral("chkNCAA"))) {
+    if (m_selection->isNcaa()) {
         if (m_hooks.loadNcaaTeams)
             m_hooks.loadNcaaTeams();
         m_cycle->startRun();
@@ -594,7 +512,7 @@ void KestraMain::btnScoreStartClick()
 
 void KestraMain::btnScoreStopClick()
 {
-    m_gymnasts.reset();
+    m_selection->closeGymnasts();
     c(QStringLiteral("btnScoreStop")).setVisible(false);
     c(QStringLiteral("btnScoreStart")).setVisible(true);
     setStatus(QStringLiteral("Stopped"), ColorRed);
@@ -602,7 +520,7 @@ void KestraMain::btnScoreStopClick()
     stopAllTimers();
 
     const bool dual = isDual();
-    const QStringList secondColumn = QStringList{QStringLiteral("dblcboEvent2")} + sessionBoxes(2);
+    const QStringList secondColumn = QStringList{QStringLiteral("dblcboEvent2")} + MeetSelection::sessionBoxes(2);
     for (const QString &name : runLockedControls())
         c(name).setEnabled(secondColumn.contains(name) ? dual : true);
 }
@@ -686,24 +604,23 @@ void KestraMain::dxbtnLocateServerClick()
     if (m_hooks.closeResults && !m_hooks.closeResults()) {
         PromptMessage message;
         message.caption = QStringLiteral("Open Window Warning");
-        message.text = QStringLiteral("All windows must be closed before the server can be changed.\n\n"
+        message.text = QStringLiteral("All windows must be closed before the server can be changed.\r\r"
                                       "Please save any changes and close any open windows and then try again.");
         message.icon = PromptIcon::Warning;
         m_prompt.ask(message);
         return;
     }
-    closeSelectionTables();
+    m_selection->closeTables();
     if (!m_connection.changeServer()) {
         emit quitRequested();
         return;
     }
     UpdateTitle();
-    openTables();
-    fillLookups();
-    if (m_host && m_host->hasRow()) {
-        selectLastMeet();
-        dblcboEvent1Change(1);
-        dblcboEvent1Change(2);
+    m_selection->openTables();
+    if (m_selection->hasHostRow()) {
+        m_selection->selectLastMeet();
+        m_selection->dblcboEvent1Change(1);
+        m_selection->dblcboEvent1Change(2);
     }
 }
 
@@ -728,9 +645,8 @@ void KestraMain::Button1Click()
 void KestraMain::ClearGeneratorStatus(int side)
 {
     for (int i = 1; i <= 6; ++i) {
-        c(cell("EditNum", i, side)).setText(QString());
-        c(cell("EditScore", i, side)).setText(QString());
-        c(cell("EditWait", i, side)).setText(QString());
+        for (const char *stem : {"EditNum", "EditScore", "EditWait"})
+            c(cell(stem, i, side)).setText(QString());
     }
 }
 
@@ -794,424 +710,19 @@ void KestraMain::applyOutputSettings()
                               m_settings.UDPPort);
 }
 
-// ---------------------------------------------------------------- failures
-
-void KestraMain::handleException(std::exception_ptr error)
-{
-    // The box of one failure keeps the event loop running, and with it the
-    // timers: a poll that fails on every tick would stack box upon box. While
-    // one is up, further failures go to the log; a lost connection still
-    // goes through, since it must end in the restart.
-    if (m_reportingFailure > 0 && !isConnectionLost(error)) {
-        qCWarning(lcMain).noquote() << "while a failure is being shown:" << describeFailure(error);
-        return;
-    }
-    m_lastError = describeFailure(error);
-    ++m_reportingFailure;
-    const auto done = qScopeGuard([this] { --m_reportingFailure; });
-    if (m_hooks.exceptionHandler)
-        m_hooks.exceptionHandler(error);
-    else
-        defaultExceptionHandler(error);
-}
-
-void KestraMain::defaultExceptionHandler(std::exception_ptr error)
-{
-    m_lostConnection->HandleApplicationException(error);
-}
-
-// ---------------------------------------------------------------- selection
-
-TableCursor *KestraMain::table(const QString &name)
-{
-    const std::pair<const char *, TableCursor *> tables[] = {
-        {"Meets", m_meets.get()},       {"EventDisp1", m_eventDisp1.get()}, {"EventDisp2", m_eventDisp2.get()},
-        {"Sessions", m_sessions.get()}, {"Rotations", m_rotations.get()},   {"Host", m_host.get()},
-        {"Gyms", m_gyms.get()},         {"LevelChk", m_levelChk.get()},     {"Gymnasts", m_gymnasts.get()},
-    };
-    for (const auto &[tableName, cursor] : tables) {
-        if (name == QLatin1String(tableName))
-            return cursor && cursor->isOpen() ? cursor : nullptr;
-    }
-    return nullptr;
-}
-
-MeetStore &KestraMain::store()
-{
-    return m_connection.store();
-}
-
-void KestraMain::openTables()
-{
-    MeetStore &db = store();
-    const QString events = QStringLiteral("Events");
-    m_eventDisp1 = db.openTable(events, CursorOptions().orderBy(QStringLiteral("EventID")));
-    m_eventDisp2 = db.openTable(events, CursorOptions().orderBy(QStringLiteral("EventID")));
-    // A detail needs its master open first: Meets comes before Sessions, and
-    // Sessions before Rotations.
-    m_meets = db.openTable(QStringLiteral("Meets"), CursorOptions().orderBy(QStringLiteral("MeetID")));
-    m_sessions = db.openTable(QStringLiteral("Sessions"), CursorOptions()
-                                                              .orderBy(QStringLiteral("MeetID;Session"))
-                                                              .detailOf(m_meets.get(), QStringLiteral("MeetID")));
-    m_gyms = db.openTable(QStringLiteral("Gyms"));
-    m_levelChk = db.openTable(QStringLiteral("Levels"), CursorOptions().orderBy(QStringLiteral("EventID;Level")));
-    m_rotations = db.openTable(QStringLiteral("Rotations"),
-                               CursorOptions()
-                                   .orderBy(QStringLiteral("RotationID"))
-                                   .detailOf(m_sessions.get(), QStringLiteral("RotationID")));
-    m_host = db.openTable(QStringLiteral("Host"));
-}
-
-void KestraMain::closeSelectionTables()
-{
-    // Rotations follows Sessions, so it goes and comes back with it.
-    m_rotations.reset();
-    m_meets.reset();
-    m_host.reset();
-    m_gyms.reset();
-    m_levelChk.reset();
-    m_eventDisp1.reset();
-    m_eventDisp2.reset();
-    m_sessions.reset();
-}
-
-void KestraMain::fillLookups()
-{
-    const auto fill = [this](const QString &lookupName, const QString &table, const QString &key,
-                             const QString &shown) {
-        std::unique_ptr<TableCursor> cursor = store().openTable(table, CursorOptions().orderBy(key));
-        QStringList items;
-        QVariantList keys;
-        for (cursor->first(); !cursor->eof(); cursor->next()) {
-            if (!cursor->hasRow())
-                break;
-            items << cursor->value(shown).toString();
-            keys << cursor->value(key);
-        }
-        LogicalControl &lookup = c(lookupName);
-        lookup.setItems(items);
-        lookup.setProperty(QStringLiteral("keys"), keys);
-        setLookupKey(lookup, lookup.property(QStringLiteral("key")));
-    };
-    fill(QStringLiteral("dblcboMeets"), QStringLiteral("Meets"), QStringLiteral("MeetID"), QStringLiteral("Name"));
-    fill(QStringLiteral("dblcboEvent1"), QStringLiteral("Events"), QStringLiteral("EventID"), QStringLiteral("Group"));
-    fill(QStringLiteral("dblcboEvent2"), QStringLiteral("Events"), QStringLiteral("EventID"), QStringLiteral("Group"));
-}
-
-void KestraMain::setLookupKey(LogicalControl &lookup, const QVariant &key)
-{
-    lookup.setProperty(QStringLiteral("key"), key);
-    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
-    int index = -1;
-    if (!key.isNull()) {
-        for (int i = 0; i < keys.size(); ++i) {
-            if (keys[i].toLongLong() == key.toLongLong()) {
-                index = i;
-                break;
-            }
-        }
-    }
-    lookup.setCurrentIndex(index);
-}
-
-void KestraMain::selectLastMeet()
-{
-    if (!m_host || !m_host->hasRow() || !m_meets)
-        return;
-    m_meets->locate(QStringLiteral("MeetID"), {m_host->value(QStringLiteral("LastMeet"))});
-    setLookupKey(c(QStringLiteral("dblcboMeets")),
-                 m_meets->hasRow() ? m_meets->value(QStringLiteral("MeetID")) : QVariant());
-    dblcboMeetsChange();
-}
-
-void KestraMain::meetSelectorClicked()
-{
-    if (followLookup(c(QStringLiteral("dblcboMeets")), m_meets.get(), QStringLiteral("MeetID")))
-        dblcboMeetsChange();
-}
-
-void KestraMain::eventSelectorClicked(int side)
-{
-    TableCursor *cursor = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-    if (followLookup(c(QStringLiteral("dblcboEvent%1").arg(side)), cursor, QStringLiteral("EventID")))
-        dblcboEvent1Change(side);
-}
-
-void KestraMain::dblcboMeetsChange()
-{
-    if (m_meets && m_meets->hasRow()) {
-        const QVariant defaultEvent = m_meets->value(QStringLiteral("Def_EventID"));
-        for (int side = 1; side <= 2; ++side) {
-            TableCursor *cursor = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-            if (!cursor || defaultEvent.isNull())
-                continue;
-            cursor->locate(QStringLiteral("EventID"), {defaultEvent});
-            LogicalControl &lookup = c(QStringLiteral("dblcboEvent%1").arg(side));
-            const QVariant before = lookup.property(QStringLiteral("key"));
-            setLookupKey(lookup, defaultEvent);
-            if (before.isNull() || before.toLongLong() != defaultEvent.toLongLong())
-                dblcboEvent1Change(side);
-        }
-        if (m_hooks.meetChanged)
-            m_hooks.meetChanged(m_meets->value(QStringLiteral("MeetID")).toInt());
-    }
-    RebuildSessionList();
-}
-
-void KestraMain::RebuildSessionList()
-{
-    const QStringList boxes = sessionBoxes(1) + sessionBoxes(2);
-    for (const QString &box : boxes) {
-        c(box).setText(QString());
-        c(box).setCurrentIndex(-1);
-        m_sessionBoxIndex.insert(box, -1);
-    }
-    m_memSessions.clear();
-    if (m_sessions) {
-        for (m_sessions->first(); !m_sessions->eof(); m_sessions->next()) {
-            if (!m_sessions->hasRow())
-                break;
-            m_memSessions.append({m_sessions->value(QStringLiteral("Session")).toString(),
-                                  m_sessions->value(QStringLiteral("Desc")).toString(),
-                                  m_sessions->value(QStringLiteral("RotationID")).toInt()});
-        }
-    }
-    QStringList keys;
-    QStringList descriptions;
-    for (const SessionRow &row : std::as_const(m_memSessions)) {
-        keys << row.Session;
-        descriptions << row.Desc;
-    }
-    for (const QString &box : boxes) {
-        c(box).setItems(keys);
-        c(box).setProperty(QStringLiteral("descriptions"), descriptions);
-    }
-    cboSession1PropertiesChange();
-}
-
-void KestraMain::syncSessionBox(const QString &name)
-{
-    LogicalControl &box = c(name);
-    const int seen = m_sessionBoxIndex.value(name, -1);
-    const int index = box.currentIndex();
-    if (index >= 0 && index != seen && index < box.items().size())
-        box.setText(box.items()[index]); // chosen from the list
-    else
-        box.setCurrentIndex(box.items().indexOf(box.text())); // typed or emptied
-    m_sessionBoxIndex.insert(name, box.currentIndex());
-}
-
-void KestraMain::cboSession1PropertiesChange()
-{
-    if (!m_sessions)
-        return;
-    const auto byesFor = [this](const QString &session) {
-        bool found = false;
-        if (!session.isEmpty() && m_meets && m_meets->hasRow())
-            found = m_sessions->locate(QStringLiteral("MeetID;Session"),
-                                       {m_meets->value(QStringLiteral("MeetID")), session});
-        if (session.isEmpty())
-            m_sessions->first();
-        Q_UNUSED(found); // a session not found leaves the cursor where it was
-        return m_rotations && m_rotations->hasRow() ? m_rotations->value(QStringLiteral("NumByes")).toInt() : 0;
-    };
-    int rotations = numEvents(1) + byesFor(c(QStringLiteral("cboSession1")).text());
-    if (isDual()) {
-        const int second = numEvents(2) + byesFor(c(QStringLiteral("cboSession2")).text());
-        if (second > rotations)
-            rotations = second;
-    }
-    // A rotation has at most nine squads; a broken Events or Rotations row
-    // must not ask for thousands of buttons, nor for fewer than none.
-    if (rotations < 0 || rotations > MaxRotations) {
-        qCWarning(lcMain) << "rotation count" << rotations << "out of range; using" << std::clamp(rotations, 0, MaxRotations);
-        rotations = std::clamp(rotations, 0, MaxRotations);
-    }
-    LogicalControl &group = c(QStringLiteral("rgrpRotation"));
-    if (rotations == group.property(QStringLiteral("columns")).toInt())
-        return;
-    QStringList items;
-    for (int i = 1; i <= rotations; ++i)
-        items << QString::number(i);
-    group.setItems({});
-    group.setProperty(QStringLiteral("columns"), rotations);
-    group.setItems(items);
-    group.setCurrentIndex(items.isEmpty() ? -1 : 0);
-}
-
-void KestraMain::dblcboEvent1Change(int side)
-{
-    TableCursor *cursor = side == 1 ? m_eventDisp1.get() : m_eventDisp2.get();
-    const int count = numEvents(side);
-    int lastRow = 0;
-    for (int i = 1; i <= 6; ++i) {
-        const bool present = i <= count;
-        if (present) {
-            c(cell("lblEvent", i, side)).setText(cursor->value(QStringLiteral("Event%1").arg(i)).toString());
-            lastRow = i;
-        }
-        for (const char *stem : {"lblEvent", "EditNum", "EditScore", "EditWait", "chkEvent", "chkPause"})
-            c(cell(stem, i, side)).setVisible(present);
-    }
-    if (lastRow > 0)
-        c(QStringLiteral("grpStatus%1").arg(side)).setProperty(QStringLiteral("bevelRows"), lastRow);
-}
-
-void KestraMain::chkDualClick()
-{
-    const bool dual = isDual();
-    QStringList column2 = {QStringLiteral("grpStatus2"), QStringLiteral("lblMust2"), QStringLiteral("lblOptional"),
-                           QStringLiteral("lblAdditional2"), QStringLiteral("dblcboEvent2")};
-    column2 << sessionBoxes(2);
-    for (int i = 1; i <= 6; ++i) {
-        for (const char *stem : {"lblEvent", "EditNum", "EditScore", "EditWait", "chkEvent", "chkPause"})
-            column2 << cell(stem, i, 2);
-    }
-    for (const QString &name : std::as_const(column2))
-        c(name).setEnabled(dual);
-    const bool ncaa = checked(QStringLiteral("chkNCAA"));
-    c(QStringLiteral("rgrpRotation")).setEnabled(ncaa);
-    c(QStringLiteral("lblMust1")).setText(dual || ncaa ? QStringLiteral("(Required)") : QStringLiteral("(Optional)"));
-    if (m_sessions && m_sessions->isOpen())
-        cboSession1PropertiesChange();
-}
-
 // ---------------------------------------------------------------- operator API
 
-bool KestraMain::operate(const QString &name, const std::function<void(LogicalControl &)> &action)
+bool KestraMain::operate(const QString &name, bool value)
 {
-    LogicalControl *control = m_controls.find(name);
-    if (!control) {
-        m_lastError = QStringLiteral("There is no control named %1.").arg(name);
+    LogicalControl &control = c(name);
+    if (!control.isEnabled()) {
+        m_lastError = QStringLiteral("%1 cannot be changed while the generator runs.")
+                          .arg(name == QLatin1String("chkPause") ? QStringLiteral("Pause") : QStringLiteral("The display target"));
         return false;
     }
-    if (!control->isEnabled()) {
-        m_lastError = QStringLiteral("%1 cannot be changed now.").arg(name);
-        return false;
-    }
-    action(*control);
+    if (control.isChecked() != value)
+        control.operatorSetChecked(value);
     return true;
-}
-
-bool KestraMain::selectMeet(int meetId)
-{
-    LogicalControl &lookup = c(QStringLiteral("dblcboMeets"));
-    const int index = lookup.property(QStringLiteral("keys")).toList().indexOf(QVariant(meetId));
-    if (index < 0) {
-        m_lastError = QStringLiteral("There is no meet with MeetID %1.").arg(meetId);
-        return false;
-    }
-    return operate(lookup.name(), [index](LogicalControl &control) { control.operatorSelect(index); });
-}
-
-bool KestraMain::selectEventGroup(int side, int eventId)
-{
-    if (side != 1 && side != 2) {
-        m_lastError = QStringLiteral("The session column must be 1 or 2, not %1.").arg(side);
-        return false;
-    }
-    LogicalControl &lookup = c(QStringLiteral("dblcboEvent%1").arg(side));
-    const QVariantList keys = lookup.property(QStringLiteral("keys")).toList();
-    int index = -1;
-    for (int i = 0; i < keys.size(); ++i) {
-        if (keys[i].toLongLong() == eventId)
-            index = i;
-    }
-    if (index < 0) {
-        m_lastError = QStringLiteral("There is no event group with EventID %1.").arg(eventId);
-        return false;
-    }
-    return operate(lookup.name(), [index](LogicalControl &control) { control.operatorSelect(index); });
-}
-
-bool KestraMain::setSessions(int side, const QStringList &sessions)
-{
-    if (side != 1 && side != 2) {
-        m_lastError = QStringLiteral("The session column must be 1 or 2, not %1.").arg(side);
-        return false;
-    }
-    if (sessions.size() > 4) {
-        m_lastError = QStringLiteral("At most four sessions can be followed in one column, not %1.")
-                          .arg(sessions.size());
-        return false;
-    }
-    const QStringList boxes = sessionBoxes(side);
-    for (const QString &session : sessions) {
-        if (!c(boxes[0]).items().contains(session)) {
-            m_lastError = QStringLiteral("Session \"%1\" is not a session of the selected meet.").arg(session);
-            return false;
-        }
-    }
-    for (const QString &box : boxes) {
-        if (!c(box).isEnabled()) {
-            m_lastError = QStringLiteral("%1 cannot be changed now.").arg(box);
-            return false;
-        }
-    }
-    // The additional boxes first, so the primary box's change sees them.
-    for (int k = 3; k >= 0; --k)
-        c(boxes[k]).operatorSetText(sessions.value(k));
-    return true;
-}
-
-bool KestraMain::setTickedEvents(int side, const QList<int> &events)
-{
-    if (side != 1 && side != 2) {
-        m_lastError = QStringLiteral("The session column must be 1 or 2, not %1.").arg(side);
-        return false;
-    }
-    for (int event : events) {
-        if (event < 1 || event > 6) {
-            m_lastError = QStringLiteral("Event numbers run from 1 to 6, not %1.").arg(event);
-            return false;
-        }
-    }
-    for (int i = 1; i <= 6; ++i) {
-        if (!c(cell("chkEvent", i, side)).isEnabled()) {
-            m_lastError = QStringLiteral("%1 cannot be changed now.").arg(cell("chkEvent", i, side));
-            return false;
-        }
-    }
-    for (int i = 1; i <= 6; ++i) {
-        LogicalControl &box = c(cell("chkEvent", i, side));
-        if (box.isChecked() != events.contains(i))
-            box.operatorSetChecked(events.contains(i));
-    }
-    return true;
-}
-
-bool KestraMain::setEventPaused(int eventNumber, int side, bool paused)
-{
-    if (eventNumber < 1 || eventNumber > 6 || (side != 1 && side != 2)) {
-        m_lastError = QStringLiteral("There is no event %1 in session column %2.").arg(eventNumber).arg(side);
-        return false;
-    }
-    return operate(cell("chkPause", eventNumber, side),
-                   [paused](LogicalControl &box) { box.operatorSetChecked(paused); });
-}
-
-bool KestraMain::setDual(bool dual)
-{
-    if (isDual() == dual)
-        return true;
-    return operate(QStringLiteral("chkDual"), [dual](LogicalControl &box) { box.operatorSetChecked(dual); });
-}
-
-bool KestraMain::setNcaa(bool ncaa)
-{
-    if (checked(QStringLiteral("chkNCAA")) == ncaa)
-        return true;
-    return operate(QStringLiteral("chkNCAA"), [ncaa](LogicalControl &box) { box.operatorSetChecked(ncaa); });
-}
-
-bool KestraMain::setRotation(int rotation)
-{
-    LogicalControl &group = c(QStringLiteral("rgrpRotation"));
-    if (rotation < 1 || rotation > group.items().size()) {
-        m_lastError = QStringLiteral("Rotation %1 is not offered; there are %2.").arg(rotation).arg(group.items().size());
-        return false;
-    }
-    return operate(group.name(), [rotation](LogicalControl &control) { control.operatorSelect(rotation - 1); });
 }
 
 bool KestraMain::selectTarget(OutputTarget target)
@@ -1221,14 +732,12 @@ bool KestraMain::selectTarget(OutputTarget target)
         m_lastError = QStringLiteral("No display target was named.");
         return false;
     }
-    return operate(targetButtons()[index], [](LogicalControl &radio) { radio.operatorSetChecked(true); });
+    return operate(targetButtons()[index], true);
 }
 
 bool KestraMain::setPaused(bool paused)
 {
-    if (checked(QStringLiteral("chkPause")) == paused)
-        return true;
-    return operate(QStringLiteral("chkPause"), [paused](LogicalControl &box) { box.operatorSetChecked(paused); });
+    return operate(QStringLiteral("chkPause"), paused);
 }
 
 OutputTarget KestraMain::checkedTarget() const
@@ -1240,33 +749,49 @@ OutputTarget KestraMain::checkedTarget() const
     return OutputTarget::None;
 }
 
+// ---------------------------------------------------------------- failures
+
+void KestraMain::handleException(std::exception_ptr error)
+{
+    // Failures are told, not asked: a box raised inside a timer's handler
+    // is shown once the handler has returned, so no timer waits behind it.
+    m_lastError = describeFailure(error);
+    if (m_hooks.exceptionHandler)
+        m_hooks.exceptionHandler(error);
+    else
+        m_lostConnection->HandleApplicationException(error);
+}
+
 // ---------------------------------------------------------------- context
+
+MeetStore &KestraMain::store()
+{
+    return m_connection.store();
+}
+
+TableCursor *KestraMain::table(const QString &name)
+{
+    return m_selection->table(name);
+}
 
 int KestraMain::numEvents(int side) const
 {
-    const TableCursor *cursor = side == 1 ? m_eventDisp1.get() : side == 2 ? m_eventDisp2.get() : nullptr;
-    if (!cursor || !cursor->isOpen() || !cursor->hasRow())
-        return 0;
-    return cursor->value(QStringLiteral("NumEvents")).toInt();
+    return m_selection->numEvents(side);
 }
 
 QString KestraMain::eventTitle(int side, int eventNumber) const
 {
-    const TableCursor *cursor = side == 1 ? m_eventDisp1.get() : side == 2 ? m_eventDisp2.get() : nullptr;
-    if (!cursor || !cursor->isOpen() || !cursor->hasRow() || eventNumber < 1 || eventNumber > 6)
-        return QString();
-    return cursor->value(QStringLiteral("Event%1").arg(eventNumber)).toString();
+    return m_selection->eventTitle(side, eventNumber);
 }
 
 bool KestraMain::isEventTicked(int eventNumber, int side) const
 {
-    const LogicalControl *box = m_controls.find(cell("chkEvent", eventNumber, side));
-    return box && box->isChecked();
+    return m_selection->isEventTicked(eventNumber, side);
 }
 
 bool KestraMain::isDual() const
 {
-    return checked(QStringLiteral("chkDual"));
+    return m_selection->isDual();
 }
 
 DisplayWriter *KestraMain::checkedWriter() const
@@ -1278,28 +803,19 @@ DisplayWriter *KestraMain::checkedWriter() const
     return nullptr;
 }
 
-namespace {
-bool meetField(const TableCursor *meets, const char *field, const std::function<bool(const QVariant &)> &test)
-{
-    if (!meets || !meets->isOpen() || !meets->hasRow())
-        return false;
-    return test(meets->value(QString::fromLatin1(field)));
-}
-} // namespace
-
 bool KestraMain::MeetsUseDBonus() const
 {
-    return meetField(m_meets.get(), "UseDBonus", [](const QVariant &v) { return v.toBool(); });
+    return m_selection->MeetsUseDBonus();
 }
 
 bool KestraMain::MeetsUseJNBonus() const
 {
-    return meetField(m_meets.get(), "UseJNBonus", [](const QVariant &v) { return v.toBool(); });
+    return m_selection->MeetsUseJNBonus();
 }
 
 bool KestraMain::MeetsScoreMethod() const
 {
-    return meetField(m_meets.get(), "ScoreMethod", [](const QVariant &v) { return v.toInt() == 1; });
+    return m_selection->MeetsScoreMethod();
 }
 
 } // namespace kestra

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "generator/GeneratorContext.h"
+#include "generator/MeetSelection.h"
 #include "outputs/DebugTrace.h"
 #include "outputs/DisplayLines.h"
 #include "outputs/DisplayWriter.h"
@@ -29,8 +30,9 @@ class MeetConnection;
 class ScorePoll;
 
 // The main window's logic: the generator's lifecycle (create, show, Start,
-// Stop, Pause, close), its three states, the four timers, the selection of
-// meet, event groups and sessions, and the working settings. Every control of
+// Stop, Pause, close), its three states, the four timers, the display target
+// and the working settings; what the operator follows (meet, event groups,
+// sessions) is its MeetSelection. Every control of
 // the window is a LogicalControl in controls(), named as the window names it;
 // the widget only draws them and forwards the operator's actions, so the
 // handlers below run the same with a screen, headless, or in a test.
@@ -64,8 +66,6 @@ public:
     static constexpr int ColorYellow = 65535;
     static constexpr int PollInterval = 4000;
     static constexpr int RecordInterval = 2000;
-    // The most buttons rgrpRotation offers: six events and nine squads.
-    static constexpr int MaxRotations = 15;
 
     // What the save dialog of btnSelectFile is asked for; it answers the
     // chosen path, or an empty text when the operator cancels.
@@ -128,21 +128,11 @@ public:
     // not be written (the reason is logged; the run's state is not lost).
     bool close();
 
-    // --- Selection as the operator makes it: each operates the control, so
-    // the same handlers run. False, with lastError(), when the control is
-    // disabled (during a run) or the value is not among its choices.
-    bool selectMeet(int meetId);
-    bool selectEventGroup(int side, int eventId);
-    // Up to four sessions: the primary box, then the additional ones; the
-    // boxes left over are emptied.
-    bool setSessions(int side, const QStringList &sessions);
-    // The Display boxes of one column: ticked exactly for these event numbers.
-    bool setTickedEvents(int side, const QList<int> &events);
-    bool setEventPaused(int eventNumber, int side, bool paused);
-    bool setDual(bool dual);
-    bool setNcaa(bool ncaa);
-    // Rotation 1..n of rgrpRotation.
-    bool setRotation(int rotation);
+    // The meet, event groups, sessions and NCAA picks of the window.
+    MeetSelection &selection() { return *m_selection; }
+    const MeetSelection &selection() const { return *m_selection; }
+    // The target button, as the operator checks it. False, with lastError(),
+    // while the buttons are disabled (during a run).
     bool selectTarget(OutputTarget target);
     // The main Pause box.
     bool setPaused(bool paused);
@@ -157,13 +147,6 @@ public:
     const QString &title() const { return m_title; }
     QString currentServerName() const;
     OutputTarget checkedTarget() const;
-    // The eight session boxes' source: the sessions of the selected meet.
-    struct SessionRow {
-        QString Session;
-        QString Desc;
-        int RotationID = 0;
-    };
-    const QList<SessionRow> &memSessions() const { return m_memSessions; }
     QTimer &timer(int number);
     DisplayLines &lines() { return *m_lines; }
     ScorePoll &poll() { return *m_poll; }
@@ -197,12 +180,6 @@ public:
     void dxbtnDisplayResultsClick();
     void dxbtnAboutClick();
     void Button1Click();
-    void dblcboMeetsChange();
-    // The change handler of dblcboEvent1 and dblcboEvent2, told apart by side.
-    void dblcboEvent1Change(int side);
-    void cboSession1PropertiesChange();
-    void chkDualClick();
-    void RebuildSessionList();
     void ClearGeneratorStatus(int side);
     void UpdateTitle();
     // The lost connection's first step: every timer of the run stops.
@@ -234,8 +211,11 @@ public:
     // buttons in their order).
     static const QStringList &runLockedControls();
     static const QStringList &targetButtons();
-    // "cboSession1", "cboSession1x", "cboSession1y", "cboSession1z" of a side.
-    static QStringList sessionBoxes(int side);
+    // Their captions, in the same order.
+    static const QStringList &targetCaptions();
+    // Why Start cannot run on the checked target (none checked, or one this
+    // build has no writer for); empty when it can.
+    QString unusableTargetReason() const;
 
 signals:
     void titleChanged(const QString &title);
@@ -253,20 +233,11 @@ private:
     void setStatus(const QString &text, int color);
     void setState(RunState state);
 
-    void openTables();
-    void closeSelectionTables();
-    void fillLookups();
-    void selectLastMeet();
-    void setLookupKey(LogicalControl &lookup, const QVariant &key);
-    void meetSelectorClicked();
-    void eventSelectorClicked(int side);
-    void syncSessionBox(const QString &name);
     void targetClicked(const QString &name);
     void applyTargetVisibility();
     void applyOutputSettings();
     bool validationFails(const QString &text, const QString &focus);
-    bool operate(const QString &name, const std::function<void(LogicalControl &)> &action);
-    void defaultExceptionHandler(std::exception_ptr error);
+    bool operate(const QString &name, bool value);
 
     MeetConnection &m_connection;
     SettingsStore m_kestraKey;
@@ -290,11 +261,7 @@ private:
     std::unique_ptr<NowUpListeners> m_listeners;
     std::array<QTimer, 4> m_timers;
 
-    // Table components; empty while closed.
-    std::unique_ptr<TableCursor> m_eventDisp1, m_eventDisp2, m_sessions, m_meets, m_gyms, m_levelChk,
-        m_rotations, m_host, m_gymnasts;
-    QList<SessionRow> m_memSessions;
-    QHash<QString, int> m_sessionBoxIndex;
+    std::unique_ptr<MeetSelection> m_selection;
 
     RunState m_state = RunState::Stopped;
     bool m_programClosing = false;
@@ -302,7 +269,6 @@ private:
     bool m_shown = false;
     bool m_closed = false;
     bool m_settingsWritten = false;
-    int m_reportingFailure = 0;
     // NumEvents of each column at Start (the second only in dual display).
     std::array<int, 2> m_eventCount{};
     QString m_title;

@@ -151,8 +151,8 @@ TEST_F(LiveMainWindowTest, operatorPicksInTheWidgetsReachTheLogic)
     // box's text.
     auto *session = get<QComboBox>("cboSession1");
     ASSERT_GT(session->count(), 0);
-    ASSERT_FALSE(main->memSessions().isEmpty());
-    const KestraMain::SessionRow &first = main->memSessions().first();
+    ASSERT_FALSE(main->selection().memSessions().isEmpty());
+    const MeetSelection::SessionRow &first = main->selection().memSessions().first();
     EXPECT_EQ(session->itemText(0), first.Session + S(" - ") + first.Desc);
     pick(session, session->itemText(0));
     EXPECT_EQ(main->controls()(S("cboSession1")).text(), first.Session);

@@ -30,7 +30,7 @@ protected:
 TEST_F(HeadlessRunTest, picksReachTheControlsAndStartRuns)
 {
     HeadlessRun run(*main, options({S("--meet"), S("1"), S("--sessions"), S("2,1"), S("--events"), S("1,3"),
-                                    S("--target"), S("barco")}));
+                                    S("--target"), S("daktronics")}));
     ASSERT_EQ(run.begin(), HeadlessRun::Outcome::Running) << run.lastError().toStdString();
     EXPECT_EQ(main->runState(), KestraMain::RunState::Running);
     EXPECT_EQ(c("cboSession1").text(), S("2"));
@@ -39,12 +39,11 @@ TEST_F(HeadlessRunTest, picksReachTheControlsAndStartRuns)
     EXPECT_FALSE(c("chkEvent21").isChecked());
     EXPECT_TRUE(c("chkEvent31").isChecked());
     EXPECT_FALSE(c("chkEvent41").isChecked());
-    EXPECT_EQ(main->checkedTarget(), OutputTarget::Barco);
-    EXPECT_TRUE(main->timer(2).isActive());
+    EXPECT_EQ(main->checkedTarget(), OutputTarget::Daktronics);
 
     const QString line = run.describe();
     EXPECT_TRUE(line.startsWith(S("running: meet \"Spring Classic 2024\", event group \"Women\", sessions 2,1, "
-                                  "events VAULT BEAM; target Barco")))
+                                  "events VAULT BEAM; target Daktronics")))
         << line.toStdString();
 
     run.finish();
@@ -60,7 +59,7 @@ TEST_F(HeadlessRunTest, aSecondColumnWithItsOwnGroup)
                                     S("3"), S("--events2"), S("1,6")}));
     ASSERT_EQ(run.begin(), HeadlessRun::Outcome::Running) << run.lastError().toStdString();
     EXPECT_TRUE(main->isDual());
-    EXPECT_EQ(main->numEvents(2), 6);
+    EXPECT_EQ(main->selection().numEvents(2), 6);
     EXPECT_EQ(c("cboSession2").text(), S("3"));
     EXPECT_TRUE(c("chkEvent12").isChecked());
     EXPECT_FALSE(c("chkEvent22").isChecked());
@@ -101,7 +100,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{{S("--dual"), S("--sessions"), S("1"), S("--sessions2"), S("1")},
                             "Start refused the picks: The sessions must be different in a dual session using the "
                             "same events"},
-                    Refusal{{S("--ncaa")}, "Start refused the picks: A session number must be entered for NCAA Mode"}),
+                    Refusal{{S("--ncaa")}, "Start refused the picks: A session number must be entered for NCAA Mode"},
+                    Refusal{{S("--events"), S("1,5")},
+                            "--events: Event 5 is not in the selected event group, which has 4 events."},
+                    Refusal{{S("--rotation"), S("3")}, "--rotation 3: The rotation is followed in NCAA mode only."}),
     [](const testing::TestParamInfo<Refusal> &info) { return "case" + std::to_string(info.index); });
 
 } // namespace

@@ -18,8 +18,8 @@ TEST(MainWindowOnPostgres, OpensOnTheLastMeetAndRunsAPollTickOnTheServer)
     EXPECT_EQ(rig(S("cboSession1")).items(), (QStringList{S("1"), S("2"), S("3")}));
     EXPECT_EQ(rig(S("lblEvent41")).text(), S("FLOOR"));
     EXPECT_EQ(rig(S("rgrpRotation")).items().size(), 5); // four events and the first session's bye
-    ASSERT_TRUE(rig.main().setNcaa(true));
-    ASSERT_TRUE(rig.main().setSessions(1, {S("2")}));
+    ASSERT_TRUE(rig.main().selection().setNcaa(true));
+    ASSERT_TRUE(rig.main().selection().setSessions(1, {S("2")}));
     EXPECT_EQ(rig(S("rgrpRotation")).items().size(), 4);
 
     DevStore::FeedOptions options;
@@ -40,7 +40,7 @@ TEST(MainWindowOnPostgres, OpensOnTheLastMeetAndRunsAPollTickOnTheServer)
     EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps")).toInt(), 1);
     rig.main().stop();
 
-    ASSERT_TRUE(rig.main().selectMeet(2));
+    ASSERT_TRUE(rig.main().selection().selectMeet(2));
     EXPECT_EQ(rig(S("cboSession1")).items(), QStringList{S("1")});
     EXPECT_EQ(rig(S("dblcboEvent1")).property(S("key")).toInt(), 3);
     EXPECT_TRUE(rig.main().close());
@@ -71,9 +71,8 @@ TEST(MainWindowOnPostgres, AServerThatGoesAwayDuringARunRestartsTheProgram)
     QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
     ASSERT_TRUE(main.create());
     main.show();
-    ASSERT_TRUE(main.selectTarget(OutputTarget::Barco));
     ASSERT_TRUE(main.start());
-    ASSERT_TRUE(main.timer(2).isActive());
+    prompt.messages.clear(); // the now-up clears of Start on a port that cannot open
 
     server.stop();
     main.Timer1Timer();
