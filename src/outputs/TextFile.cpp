@@ -1,7 +1,9 @@
 #include "outputs/TextFile.h"
 
+#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+
+#include <cstdio>
 
 namespace kestra {
 
@@ -14,19 +16,34 @@ bool replaceFile(const QString &path, const QByteArray &bytes, QString *error)
     };
     if (path.trimmed().isEmpty())
         return fail(QStringLiteral("no output file name is set"));
-    if (QFileInfo(path).isDir())
+    const QFileInfo target(path);
+    if (target.isDir())
         return fail(QStringLiteral("\"%1\" is a folder").arg(path));
-    QSaveFile file(path);
-    file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly))
-        return fail(QStringLiteral("cannot open \"%1\": %2").arg(path, file.errorString()));
-    if (file.write(bytes) != bytes.size()) {
+    if (target.exists() && !target.isWritable())
+        return fail(QStringLiteral("\"%1\" may not be written").arg(path));
+
+    // Written beside it, then renamed over it. No fsync: the file is
+    // rewritten every two seconds, and a sync would cost more than the build.
+    const QString temporary = path + QStringLiteral(".kestra-new");
+    QFile file(temporary);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        if (target.exists())
+            file.setPermissions(target.permissions());
+        const bool written = file.write(bytes) == bytes.size() && file.flush();
         const QString why = file.errorString();
-        file.cancelWriting();
-        return fail(QStringLiteral("cannot write \"%1\": %2").arg(path, why));
+        file.close();
+        if (written && std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()) == 0)
+            return true;
+        QFile::remove(temporary);
+        if (!written)
+            return fail(QStringLiteral("cannot write \"%1\": %2").arg(temporary, why));
     }
-    if (!file.commit())
-        return fail(QStringLiteral("cannot write \"%1\": %2").arg(path, file.errorString()));
+    // A folder that takes no new file: the file itself is rewritten.
+    QFile direct(path);
+    if (!direct.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return fail(QStringLiteral("cannot open \"%1\": %2").arg(path, direct.errorString()));
+    if (direct.write(bytes) != bytes.size() || !direct.flush())
+        return fail(QStringLiteral("cannot write \"%1\": %2").arg(path, direct.errorString()));
     return true;
 }
 

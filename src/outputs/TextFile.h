@@ -18,10 +18,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Replaces the whole file with `bytes`: written beside it and renamed over
-// it, so a reader never finds it half written; where the folder allows no
-// new file, the file itself is rewritten. A file that may not be written is
-// refused, not replaced. False with the reason in *error.
+// Replaces the whole file with `bytes`: written beside it ("NAME.kestra-new")
+// and renamed over it, so a reader never finds it half written; where the
+// folder takes no new file, the file itself is rewritten. A file that may not
+// be written is refused, not replaced. False with the reason in *error.
 bool replaceFile(const QString &path, const QByteArray &bytes, QString *error);
 
 // The File Output target: the whole block, between 0x02 and 0x03 when
