@@ -4,11 +4,16 @@
 #include "support/OperatorPrompt.h"
 
 #include <QHostInfo>
+#include <QLoggingCategory>
 #include <QUdpSocket>
 
 #include <utility>
 
 namespace kestra {
+
+namespace {
+Q_LOGGING_CATEGORY(lcTransport, "kestra.outputs.transport")
+}
 
 QString DeviceErrorText(DeviceError code)
 {
@@ -282,6 +287,25 @@ DeviceError DeviceTransport::sendDatagram(QByteArrayView frame)
 
 DeviceError DeviceTransport::SendDeviceData(QByteArrayView frame, FrameKind kind)
 {
+    const DeviceError result = sendFrame(frame, kind);
+    // The operator's box carries the error table's words; the log says why,
+    // once for each new reason rather than once a frame.
+    if (result == DeviceErrors::Success) {
+        m_loggedFailure.clear();
+    } else {
+        const QString text = DeviceErrorText(result);
+        const QString why = result == DeviceErrors::SendFailed || result == DeviceErrors::PortOpenFailed
+                                ? text + QStringLiteral(": ") + m_lastFailure
+                                : text;
+        if (why != m_loggedFailure)
+            qCWarning(lcTransport).noquote() << why;
+        m_loggedFailure = why;
+    }
+    return result;
+}
+
+DeviceError DeviceTransport::sendFrame(QByteArrayView frame, FrameKind kind)
+{
     if (m_portName == QStringLiteral("UDP")) {
         if (m_udpState == UdpState::Failed && m_udpFailedAt.elapsed() >= kLookupRetryMs)
             resolveUdp();
@@ -322,8 +346,9 @@ DeviceError DeviceTransport::OpenPort()
         return DeviceErrors::BaseAddressNotDefined;
     ClosePort();
     auto line = m_factory->makeSerialLine();
-    if (!line->open(deviceForPortName(m_portName))) {
-        m_lastFailure = line->errorString();
+    const QString device = deviceForPortName(m_portName);
+    if (!line->open(device)) {
+        m_lastFailure = device + QStringLiteral(": ") + line->errorString();
         return DeviceErrors::PortOpenFailed;
     }
     m_serial = std::move(line);

@@ -140,8 +140,8 @@ public:
     void ClosePort();
     bool isPortOpen() const { return m_serial != nullptr; }
 
-    // The system's words for the last failure, for logs (the operator is told
-    // the error table's text).
+    // The system's words for the last failure (the operator is told the error
+    // table's text). A failed send logs it, once for each new reason.
     const QString &lastFailure() const { return m_lastFailure; }
 
     // The device a port name opens.
@@ -155,6 +155,7 @@ private:
     void resolveUdp();
     void lookedUp(const QHostInfo &info);
     DeviceError sendDatagram(QByteArrayView frame);
+    DeviceError sendFrame(QByteArrayView frame, FrameKind kind);
 
     std::unique_ptr<LineFactory> m_factory;
     QString m_portName;
@@ -164,6 +165,7 @@ private:
     std::unique_ptr<SerialLine> m_serial;
     std::unique_ptr<DatagramLine> m_udp;
     QString m_lastFailure;
+    QString m_loggedFailure;
 
     UdpState m_udpState = UdpState::Unresolved;
     QHostAddress m_udpHost;
