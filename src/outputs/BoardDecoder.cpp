@@ -428,7 +428,6 @@ DecodeResult AutoDecoder::feed(QByteArrayView bytes)
         DecodeResult result = decoder->feed(bytes);
         if (!result.frames.empty()) {
             m_locked = decoder;
-            result.errors.clear();
             return result;
         }
     }

@@ -160,39 +160,6 @@ TEST_F(HeadlessProcessTest, fedScoresReachTheBoardInQueueOrderAndAreMarkedDone)
     }
 }
 
-TEST_F(HeadlessProcessTest, fileTargetsWriteTheWholeBlockToTheFileTheCommandLineNames)
-{
-    DevStore::ScoreFeed feeder(*store, DevStore::FeedOptions());
-    const struct {
-        const char *target;
-        const char *file;
-        const char *described;
-        const char *shows; // around the competitor number, once the score is up
-    } cases[] = {
-        {"xml", "scoring.xml", "target XML File to ", " num=\"%1\" "},
-        {"file", "board.txt", "target File Output to ", "%1 "},
-    };
-    for (const auto &c : cases) {
-        const QByteArray shows = S(c.shows).arg(feed(feeder, 1).front().num).toLatin1();
-        const QString path = home.file(S(c.file));
-        Headless run(home, {S("--store"), meet.path(), S("--target"), S(c.target), S("--set"),
-                            S("Options/OutputFileName=") + path, S("--set"), S("Options/Interval=0")});
-        QByteArray content;
-        waitUntil([&] {
-            QFile file(path);
-            content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-            return content.contains(shows);
-        }, std::chrono::seconds(20));
-        EXPECT_EQ(run.terminate(), 0) << run.errors().toStdString();
-        EXPECT_TRUE(content.contains(shows)) << c.target << ": " << content.left(300).toStdString();
-        EXPECT_TRUE(run.errors().contains(S(c.described) + path)) << run.errors().toStdString();
-        if (S(c.target) == S("file"))
-            EXPECT_EQ(content.size(), 5701);
-        else
-            EXPECT_TRUE(content.startsWith("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<scoring>\r\n"));
-    }
-}
-
 TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
 {
     Headless run(home, {S("--store"), meet.path(), S("--set"), S("Options/COMPort=UDP"), S("--set"),

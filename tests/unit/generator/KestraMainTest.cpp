@@ -260,6 +260,26 @@ TEST_F(KestraMainTest, EveryControlCarriesItsKindAndTheWindowStartsStopped)
     EXPECT_EQ(rig.main().timer(3).interval(), 4000);
 }
 
+TEST(KestraMainPreparedTest, TheXmlTargetWritesTheChosenFileOnTheRecordTickAndShowsTheOutcome)
+{
+    MainRig rig({}, "UseXML=1\n");
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().start());
+    rig.main().Timer2Timer();
+    EXPECT_EQ(rig(S("lblStatus")).text(), S("FAILED")); // no file chosen: five attempts, no box
+    EXPECT_TRUE(rig.prompt.messages.empty());
+    rig.main().stop();
+    const QString path = rig.dir.file(S("scoring.xml"));
+    rig.main().hooks().selectFile = [&](const KestraMain::FileRequest &) { return path; };
+    rig(S("btnSelectFile")).click();
+    ASSERT_TRUE(rig.main().start());
+    rig.main().Timer2Timer();
+    EXPECT_EQ(rig(S("lblStatus")).text(), S("Success"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().startsWith("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<scoring>\r\n"));
+}
+
 TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
 {
     const struct {

@@ -5,6 +5,8 @@
 #include "outputs/MeetFlags.h"
 #include "outputs/WhiteWay.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 
 using namespace kestra;
@@ -171,103 +173,56 @@ TEST(BoardMirror, NowUpLeaderNcaaAndMatrixAsTheBoardShowsThem)
     EXPECT_TRUE(board.apply({3169, QByteArray(260, ' ')}).isEmpty());
 }
 
-TEST(BoardMirror, SettleShowsEachPartOnceAllFramesOfASendHaveArrived)
-{
-    BoardMirror board;
-    const QByteArray line = QByteArray("VAULT 12  Ana Bell").leftJustified(50) + "14.200" + QByteArray(25, ' ');
-    // The line, its gym and its D bonus: three frames, one line on the board.
-    board.apply({0, line});
-    board.apply({2261, QByteArray("Harbor Gym").leftJustified(20)});
-    board.apply({3429, "0.100 "});
-    EXPECT_EQ(board.settle(), QStringList{QStringLiteral(
-                                  "EVENT 1  VAULT   #12    Ana Bell                   14.200  D+ 0.100  @ Harbor Gym")});
-    EXPECT_TRUE(board.settle().isEmpty());
-    // The whole block again, unchanged (a record target's every tick): nothing new.
-    board.apply({0, board.record().bytes()});
-    EXPECT_TRUE(board.settle().isEmpty());
-}
-
-namespace {
-
-// A block with something in every part a White Way page carries.
-DisplayRecord filledBlock()
-{
-    DisplayRecord r;
-    using namespace layout;
-    for (int s = 1; s <= 6; ++s) {
-        r.pack(eventLine(s), QByteArrayView(QByteArray("EV").repeated(41)));
-        r.pack(eventGym(s), QStringLiteral("Gym %1").arg(s));
-        r.pack(eventDBonus(s), QStringLiteral("0.%1").arg(s));
-        r.pack(eventEBonus(s), QStringLiteral("0.%1").arg(s));
-        r.pack(nowUpLine(s), QStringLiteral("NOWUP %1").arg(s));
-    }
-    for (int p = 1; p <= 3; ++p) {
-        r.pack(Field{leaderPage(p).offset, 30 + 8 * 49}, QByteArrayView(QByteArray("LP").repeated(300)));
-        r.pack(leaderGyms(p), QByteArrayView(QByteArray("LG").repeated(80)));
-    }
-    for (int g = 1; g <= 6; ++g)
-        r.pack(ncaaGroup(g), QByteArrayView(QByteArray("NC").repeated(200)));
-    r.pack(kNcaaMatrix, QByteArrayView(QByteArray("MX").repeated(300)));
-    return r;
-}
-
-} // namespace
-
 TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStream)
 {
-    const DisplayRecord source = filledBlock();
+    DisplayRecord source;
+    for (int i = 0; i < DisplayRecord::size(); ++i)
+        source.pack(Field{i, 1}, QByteArrayView(QByteArray(1, char('a' + i % 26))));
     DeviceTransport unused;
     FixedMeetFlags meet;
     meet.useJNBonus = true;
     DebugTrace trace;
     WhiteWayWriter writer(source, unused, meet, trace);
-    QList<QByteArray> frames;
+    QByteArray frames;
     for (int s = 1; s <= 6; ++s)
-        frames << writer.eventFrame(s) << writer.nowUpFrame(s);
+        frames += writer.eventFrame(s) + writer.nowUpFrame(s);
     for (int p = 1; p <= 3; ++p)
-        frames << writer.leaderFrame(p);
-    frames << writer.ncaaFrame() << writer.matrixFrame();
-    meet.useJNBonus = false;
-    frames << writer.eventFrame(2); // eight fields: the bonuses stay as they were
+        frames += writer.leaderFrame(p);
+    frames += writer.ncaaFrame() + writer.matrixFrame();
 
-    // What a White Way board holds: all but the unused bytes and the NCAA event scores.
+    // A board holds all but what no page carries: the unused bytes of event
+    // lines and group 1, the ninth leader lines, the NCAA event scores.
     QByteArray expected = source.bytes();
-    for (const Field &unsent : {Field{2215, 46}, layout::kNcaaEventScores})
-        expected.replace(unsent.offset, unsent.length, QByteArray(unsent.length, ' '));
-    for (int s = 1; s <= 6; ++s)
-        expected.replace(layout::eventLine(s).offset + 71, 10, QByteArray(10, ' '));
+    std::vector<Field> unsent{{2215, 46}, layout::kNcaaEventScores};
+    for (int i = 1; i <= 6; ++i)
+        unsent.push_back({layout::eventLine(i).offset + 71, 10});
     for (int p = 1; p <= 3; ++p)
-        expected.replace(layout::leaderPage(p).offset + 30 + 8 * 49, 49, QByteArray(49, ' '));
+        unsent.push_back({layout::leaderPage(p).offset + 30 + 8 * 49, 49});
+    for (const Field &f : unsent)
+        expected.replace(f.offset, f.length, QByteArray(f.length, ' '));
 
-    BoardMirror byDatagram;
-    WhiteWayDecoder decoder;
-    for (const QByteArray &frame : frames) {
-        const DecodeResult r = decoder.decodeDatagram(frame);
-        ASSERT_TRUE(r.errors.isEmpty()) << r.errors.join(QLatin1Char(' ')).toStdString();
-        for (const BoardFrame &piece : r.frames)
-            byDatagram.apply(piece);
+    for (const qsizetype bite : {qsizetype(0), qsizetype(7)}) { // whole datagrams, then a stream in bites
+        BoardMirror board;
+        WhiteWayDecoder decoder;
+        QStringList errors;
+        for (qsizetype at = 0; at < frames.size();) {
+            const qsizetype size = bite ? qMin(bite, frames.size() - at) : frames.indexOf('\n', at) + 1 - at;
+            const QByteArrayView piece = QByteArrayView(frames).sliced(at, size);
+            const DecodeResult r = bite ? decoder.feed(piece) : decoder.decodeDatagram(piece);
+            errors += r.errors;
+            for (const BoardFrame &f : r.frames)
+                board.apply(f);
+            at += size;
+        }
+        EXPECT_TRUE(errors.isEmpty()) << errors.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(board.record().bytes(), expected) << "bite " << bite;
     }
-    EXPECT_EQ(byDatagram.record().bytes(), expected);
-
-    BoardMirror byStream;
-    WhiteWayDecoder stream;
-    QStringList errors;
-    const QByteArray bytes = "noise" + frames.join();
-    for (qsizetype i = 0; i < bytes.size(); i += 7) {
-        const DecodeResult r = stream.feed(QByteArrayView(bytes).sliced(i, qMin<qsizetype>(7, bytes.size() - i)));
-        errors += r.errors;
-        for (const BoardFrame &piece : r.frames)
-            byStream.apply(piece);
-    }
-    EXPECT_EQ(byStream.record().bytes(), expected);
-    EXPECT_EQ(errors, QStringList{QStringLiteral("skipped 5 bytes outside any frame")});
 }
 
 TEST(WhiteWayDecoder, BadFramesAreRejectedAndABackslashInAFieldIsWarnedOf)
 {
     const QByteArray nowUp = "w\\99999\\501\\" + QByteArray(6, ' ') + "\\" + QByteArray(4, ' ') + "\\A\\B" +
                              QByteArray(37, ' ') + "\\" + QByteArray(20, ' ') + "\\\\\r\n";
-    ASSERT_EQ(nowUp.size(), 89);
     WhiteWayDecoder decoder;
     const DecodeResult good = decoder.decodeDatagram(nowUp);
     ASSERT_EQ(good.frames.size(), 4u);
@@ -291,40 +246,18 @@ TEST(WhiteWayDecoder, BadFramesAreRejectedAndABackslashInAFieldIsWarnedOf)
     }
 }
 
-TEST(BarcoDecoder, TheWholeBlockFromADatagramOrAStream)
+TEST(BarcoDecoder, TheWholeBlockFromADatagramOrAStreamThatAnAutoDecoderKeepsTo)
 {
-    const QByteArray block = filledBlock().bytes();
+    const QByteArray block = QByteArray("VAULT").leftJustified(5699, ' ');
     const QByteArray frame = '\x02' + block + '\x03';
-    BarcoDecoder decoder;
-    DecodeResult r = decoder.decodeDatagram(frame);
-    ASSERT_EQ(r.frames.size(), 1u);
-    EXPECT_EQ(r.frames[0].address, 0);
-    EXPECT_EQ(r.frames[0].data, block);
-    EXPECT_TRUE(decoder.decodeDatagram(frame.left(5700)).errors.at(0).contains(QLatin1String("5700 bytes")));
-
-    BarcoDecoder stream;
-    r = stream.feed(frame.left(3000));
-    EXPECT_TRUE(r.frames.empty());
-    r = stream.feed(frame.mid(3000) + QByteArray(frame).replace(5700, 1, "x") + frame);
-    ASSERT_EQ(r.frames.size(), 2u); // the one completed, the bad one dropped, the next one
-    EXPECT_EQ(r.frames[0].data, block);
-    EXPECT_EQ(r.frames[1].data, block);
-    EXPECT_TRUE(r.errors.join(QLatin1Char(' ')).contains(QLatin1String("no end byte 0x03"))) << r.errors.join(QLatin1Char(' ')).toStdString();
-}
-
-TEST(AutoDecoder, KnowsEachProtocolByItsFrames)
-{
-    const QByteArray whiteWay = "w\\99999\\501\\NOWUP \\" + QByteArray(4, ' ') + "\\" + QByteArray(40, ' ') + "\\" +
-                                QByteArray(20, ' ') + "\\\\\r\n";
-    const QByteArray barco = '\x02' + QByteArray(5699, ' ') + '\x03';
-    AutoDecoder datagrams;
-    EXPECT_EQ(datagrams.decodeDatagram(kDBonusFrame).frames.at(0).address, 3429);
-    EXPECT_EQ(datagrams.decodeDatagram(whiteWay).frames.size(), 4u);
-    EXPECT_EQ(datagrams.decodeDatagram(barco).frames.size(), 1u);
-    EXPECT_FALSE(datagrams.decodeDatagram("hello").errors.isEmpty());
+    EXPECT_EQ(BarcoDecoder().decodeDatagram(frame).frames.at(0).data, block);
+    EXPECT_TRUE(BarcoDecoder().decodeDatagram(frame.left(5700)).errors.at(0).contains(QLatin1String("5700 bytes")));
 
     AutoDecoder stream;
-    EXPECT_EQ(stream.feed(whiteWay.left(50)).frames.size(), 0u);
-    EXPECT_EQ(stream.feed(whiteWay.mid(50) + whiteWay).frames.size(), 8u);
-    EXPECT_EQ(stream.protocol(), QStringLiteral("White Way"));
+    EXPECT_TRUE(stream.feed(frame.left(3000)).frames.empty());
+    const DecodeResult r = stream.feed(frame.mid(3000) + QByteArray(frame).replace(5700, 1, "x") + frame);
+    EXPECT_EQ(stream.protocol(), QStringLiteral("Barco"));
+    ASSERT_EQ(r.frames.size(), 2u); // the one completed, the bad one dropped, the next one
+    EXPECT_EQ(r.frames[1].data, block);
+    EXPECT_TRUE(r.errors.join(QLatin1Char(' ')).contains(QLatin1String("no end byte 0x03")));
 }

@@ -244,30 +244,6 @@ TEST(DeviceTransport, ADestinationWithNobodyListeningStillCountsAsSent)
     }
 }
 
-TEST(TransmitBuffer, ANewerBlockReplacesAWaitingOneInItsPlaceAndLineFramesStayInOrder)
-{
-    const struct {
-        std::vector<std::pair<const char *, FrameKind>> pushed;
-        QList<QByteArray> sent;
-        quint64 replaced;
-    } cases[] = {
-        {{{"a", FrameKind::Line}, {"b", FrameKind::Line}, {"c", FrameKind::Line}}, {"a", "b", "c"}, 0},
-        {{{"r1", FrameKind::Record}, {"r2", FrameKind::Record}, {"r3", FrameKind::Record}}, {"r3"}, 2},
-        {{{"a", FrameKind::Line}, {"r1", FrameKind::Record}, {"b", FrameKind::Line}, {"r2", FrameKind::Record}},
-         {"a", "r2", "b"}, 1},
-    };
-    for (const auto &c : cases) {
-        TransmitBuffer buffer;
-        for (const auto &[bytes, kind] : c.pushed)
-            buffer.push(bytes, kind);
-        QList<QByteArray> sent;
-        while (!buffer.isEmpty())
-            sent.append(buffer.takeFirst());
-        EXPECT_EQ(sent, c.sent);
-        EXPECT_EQ(buffer.replaced(), c.replaced);
-    }
-}
-
 TEST(DebugTrace, DefaultPathIsBesideTheProgramOrInTheStateFolder)
 {
     const QString path = DebugTrace::defaultPath();

@@ -48,15 +48,6 @@ protected:
 
 } // namespace
 
-TEST_F(WhiteWayTest, TheEmptyBlockStillGivesWholeFrames)
-{
-    const QByteArray nowUp = page("501", fields({sp(6), sp(4), sp(40), sp(20)}));
-    ASSERT_EQ(nowUp.size(), 89);
-    EXPECT_EQ(writer.nowUpFrame(1), nowUp);
-    EXPECT_EQ(writer.SendWhiteWayNowUp(1), DeviceErrors::Success);
-    EXPECT_EQ(log.written, QList<QByteArray>{nowUp});
-}
-
 TEST_F(WhiteWayTest, EventFrameFollowsTheBonusRulesOfTheMeet)
 {
     record.pack(layout::eventTitle(3), QStringLiteral("BEAM"));
@@ -144,8 +135,7 @@ TEST_F(WhiteWayTest, MatrixIsOnePage)
     for (int e = 2; e <= 6; ++e)
         body += fields({sp(6), sp(2)});
     body += fields({" 1", "Oklahoma" + sp(12), "198.175", "49.350"});
-    for (int e = 2; e <= 6; ++e)
-        body += fields({sp(6)});
+    body += fields({sp(6), sp(6), sp(6), sp(6), sp(6)});
     for (int r = 2; r <= 8; ++r)
         body += fields({sp(2), sp(20), sp(7), sp(6), sp(6), sp(6), sp(6), sp(6), sp(6)});
     const QByteArray expected = page("401", body);
@@ -153,16 +143,19 @@ TEST_F(WhiteWayTest, MatrixIsOnePage)
     EXPECT_EQ(writer.matrixFrame(), expected);
 }
 
-TEST_F(WhiteWayTest, ABackslashInANameGoesOutAsItStandsAndEachFrameTakesTwoTraceLines)
+TEST_F(WhiteWayTest, NowUpOfTheEmptyBlockAndABackslashAsItStandsEachTracedOnTwoLines)
 {
     TempDir dir;
     trace.setPath(dir.file(QStringLiteral("DebugIOOutput.txt")));
     trace.setEnabled(true);
+    const QByteArray empty = page("501", fields({sp(6), sp(4), sp(40), sp(20)}));
+    ASSERT_EQ(empty.size(), 89);
     record.pack(layout::nowUpName(6), QStringLiteral("A\\B"));
-    const QByteArray expected = page("506", fields({sp(6), sp(4), "A\\B" + sp(37), sp(20)}));
+    const QByteArray backslash = page("506", fields({sp(6), sp(4), "A\\B" + sp(37), sp(20)}));
+    EXPECT_EQ(writer.SendWhiteWayNowUp(1), DeviceErrors::Success);
     EXPECT_EQ(writer.sendNowUpLine(6, 2), DeviceErrors::Success);
-    EXPECT_EQ(log.written, QList<QByteArray>{expected});
+    EXPECT_EQ(log.written, (QList<QByteArray>{empty, backslash}));
     QFile file(trace.path());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), expected + "\r\n");
+    EXPECT_EQ(file.readAll(), empty + "\r\n" + backslash + "\r\n");
 }
