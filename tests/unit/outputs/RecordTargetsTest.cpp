@@ -156,14 +156,3 @@ TEST_F(XmlFileTest, BonusAttributesComeWithTheMeetFlagsAndRotationStandsTwice)
                             [](const QByteArray &line) { return line.contains("rotation=\"5\" "); }),
               2);
 }
-
-TEST_F(XmlFileTest, AFileThatCannotBeWrittenIsCodeTwoAfterFiveAttempts)
-{
-    for (const QString &where : {QString(), dir.path(), dir.file(QStringLiteral("missing/scoring.xml"))}) {
-        path = where;
-        EXPECT_EQ(writer.WriteXmlFile(), DeviceErrors::SendFailed) << where.toStdString();
-        EXPECT_FALSE(writer.lastFailure().isEmpty());
-    }
-    path = dir.file(QStringLiteral("scoring.xml"));
-    EXPECT_EQ(writer.sendRecord(), DeviceErrors::Success);
-}
