@@ -106,9 +106,10 @@ TEST(WireStall, NowUpsReachTheBlockAtOnceWhileBarcoFramesFillASerialLine)
         const auto made = std::find_if(produced.begin(), produced.end(),
                                        [&](const auto &p) { return p.first == received[i].first; });
         ASSERT_NE(made, produced.end()) << "frame " << i << " is no block that was made";
-        if (made + 1 != produced.end())
+        if (made + 1 != produced.end()) {
             EXPECT_LT(received[i].second, (made + 1)->second + 200)
                 << "frame " << i << " began at " << received[i].second << " ms with block " << made - produced.begin()
                 << " while a newer one of " << (made + 1)->second << " ms waited";
+        }
     }
 }
