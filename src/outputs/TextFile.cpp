@@ -16,7 +16,10 @@ bool replaceFile(const QString &path, const QByteArray &bytes, QString *error)
     };
     if (path.trimmed().isEmpty())
         return fail(QStringLiteral("no output file name is set"));
-    const QFileInfo target(path);
+    // A link is followed: the file it names is replaced, the link stays.
+    const QFileInfo named(path);
+    const QString real = named.isSymLink() ? named.symLinkTarget() : path;
+    const QFileInfo target(real);
     if (target.isDir())
         return fail(QStringLiteral("\"%1\" is a folder").arg(path));
     if (target.exists() && !target.isWritable())
@@ -24,7 +27,7 @@ bool replaceFile(const QString &path, const QByteArray &bytes, QString *error)
 
     // Written beside it, then renamed over it. No fsync: the file is
     // rewritten every two seconds, and a sync would cost more than the build.
-    const QString temporary = path + QStringLiteral(".kestra-new");
+    const QString temporary = real + QStringLiteral(".kestra-new");
     QFile file(temporary);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         if (target.exists())
@@ -32,14 +35,14 @@ bool replaceFile(const QString &path, const QByteArray &bytes, QString *error)
         const bool written = file.write(bytes) == bytes.size() && file.flush();
         const QString why = file.errorString();
         file.close();
-        if (written && std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()) == 0)
+        if (written && std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(real).constData()) == 0)
             return true;
         QFile::remove(temporary);
         if (!written)
             return fail(QStringLiteral("cannot write \"%1\": %2").arg(temporary, why));
     }
     // A folder that takes no new file: the file itself is rewritten.
-    QFile direct(path);
+    QFile direct(real);
     if (!direct.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return fail(QStringLiteral("cannot open \"%1\": %2").arg(path, direct.errorString()));
     if (direct.write(bytes) != bytes.size() || !direct.flush())
