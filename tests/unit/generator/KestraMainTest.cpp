@@ -306,8 +306,9 @@ TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
         EXPECT_EQ(rig(S("lblFileName")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("lblStatus")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("chkSTXETX")).isVisible(), c.stxetx);
-        if (const DisplayWriter *writer = rig.main().checkedWriter())
+        if (const DisplayWriter *writer = rig.main().checkedWriter()) {
             EXPECT_EQ(writer->targetName(), S(c.checked));
+        }
     }
     MainRig rig({}, "UseXML=1\nOutputFileName=/srv/board.xml\nSTXETX=1\nNCAAMode=1\n");
     ASSERT_TRUE(rig.main().create());
