@@ -6,7 +6,9 @@ packages=(
   qt6-base-dev qt6-serialport-dev libqt6sql6-sqlite libqt6sql6-psql libqt6sql6-mysql
   libsqlite3-dev sqlite3 libpq-dev postgresql mariadb-server libmariadb-dev
   libgtest-dev googletest libbenchmark-dev
+  libavahi-client-dev
   socat xvfb xauth
+  avahi-daemon dbus-daemon iproute2  # a private mDNS responder for the discovery tests
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -6,9 +6,12 @@
 #include "generator/HeadlessRun.h"
 #include "generator/KestraMain.h"
 #include "meetdb/RunConnection.h"
+#include "meetdb/ServerDiscovery.h"
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
+#include "support/ExeInfo.h"
+#include "support/Formatting.h"
 #include "support/OperatorPrompt.h"
 #include "support/StopSignals.h"
 #include "support/TickSource.h"
@@ -30,11 +33,32 @@ void say(const QString &line)
     std::fflush(stderr);
 }
 
+// Lists what a scan finds on standard output, one server a line.
+int locate()
+{
+    NetworkDiscovery discovery;
+    int status = Stopped;
+    QObject::connect(&discovery, &ServerDiscovery::scanFinished, [&status](const ServerScan &scan) {
+        for (const QString &server : scan.servers)
+            std::fprintf(stdout, "%s\n", server.toLocal8Bit().constData());
+        std::fflush(stdout);
+        if (!scan.networkProblem.isEmpty()) {
+            say(QStringLiteral("the local network could not be searched: ") + scan.networkProblem);
+            status = StoreFailure;
+        }
+        QCoreApplication::quit();
+    });
+    discovery.startScan();
+    QCoreApplication::exec();
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    useCNumberConventions();
     QCoreApplication::setApplicationName(QStringLiteral("kestra-headless"));
 
     const auto parsed = HeadlessOptions::parse(QCoreApplication::arguments().mid(1));
@@ -47,6 +71,13 @@ int main(int argc, char **argv)
         std::fputs(HeadlessOptions::usage().toLocal8Bit().constData(), stdout);
         return Stopped;
     }
+    if (options.version) {
+        std::fputs(ExeInfo::ofThisBuild().versionText(QStringLiteral("kestra-headless")).toLocal8Bit().constData(),
+                   stdout);
+        return Stopped;
+    }
+    if (options.locate)
+        return locate();
     // A signal that comes while connecting ends the run as soon as the loop runs.
     StopSignals stopSignals;
     if (!stopSignals.isInstalled()) {

@@ -7,25 +7,34 @@
 #include "outputs/DeviceTransport.h"
 #include "outputs/DisplayRecord.h"
 #include "setup/SettingsStore.h"
+#include "support/ExeInfo.h"
+#include "support/Formatting.h"
 #include "support/StopSignals.h"
 #include "support/TickSource.h"
-#include "ui/MessageBoxPrompt.h"
 #include "ui/MainWindowHooks.h"
+#include "ui/MessageBoxPrompt.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmRegisteredServers.h"
 
-#include "kestra/Version.h"
-
 #include <QApplication>
 #include <QPointer>
+
+#include <cstdio>
+#include <cstring>
 
 using namespace kestra;
 
 int main(int argc, char **argv)
 {
+    // Answered before the application needs a screen.
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::fputs(ExeInfo::ofThisBuild().versionText(QStringLiteral("kestra")).toLocal8Bit().constData(), stdout);
+        return 0;
+    }
     QApplication app(argc, argv);
+    useCNumberConventions();
     QApplication::setApplicationName(QStringLiteral("Kestra"));
-    QApplication::setApplicationVersion(QString::fromLatin1(version::productVersion));
+    QApplication::setApplicationVersion(ExeInfo::ofThisBuild().ProductVersion);
 
     // SIGINT and SIGTERM (a session ending, a service stop) close the window
     // as the operator would, so the close writes what it writes.

@@ -139,6 +139,11 @@ public:
                 help.help = true;
                 return help;
             }
+            if (arg == QLatin1String("--version")) {
+                HeadlessOptions version;
+                version.version = true;
+                return version;
+            }
         }
         while (m_pos < m_args.size()) {
             if (!step())
@@ -283,6 +288,8 @@ private:
             return flag(m_options.dual);
         if (arg == QLatin1String("--ncaa"))
             return flag(m_options.ncaa);
+        if (arg == QLatin1String("--locate"))
+            return flag(m_options.locate);
 
         static const QStringList valued = {
             QStringLiteral("--store"),  QStringLiteral("--server"),    QStringLiteral("--meet"),
@@ -342,6 +349,8 @@ private:
 
     bool finish()
     {
+        if (m_options.locate && m_seen.size() + m_options.overrides.size() > 1)
+            return fail(QStringLiteral("--locate takes no other option"));
         if (!m_options.storeAddress.isEmpty() && !m_options.serverName.isEmpty())
             return fail(QStringLiteral("give --store or --server, not both"));
         const HeadlessColumn &second = m_options.columns[1];
@@ -427,11 +436,17 @@ Output:
                          --set Options/COMPort=UDP --set Options/UDPPort=40001
                          --set Options/IPAddr=127.0.0.1 --set Options/Interval=0
 
+Other uses:
+  --locate               lists the meet database servers found on this
+                         machine and on the local network (DNS-SD,
+                         _postgresql._tcp, for 2 seconds), one a line, and ends
+  --version              the version and the maker's notice
   --help                 this text
 
 Exit status: 0 after a stop by signal, 1 when the meet database could not be
 used or the connection was given up, 2 for a mistake on the command line, 3
-when Start refused the picks.
+when Start refused the picks. With --locate: 0 after the scan, 1 when the local
+network could not be searched (the reason is on standard error).
 )");
 }
 

@@ -49,6 +49,8 @@ struct HeadlessOptions {
     std::optional<OutputTarget> target; // --target; the stored choice when absent
     std::vector<SettingOverride> overrides;
     bool help = false;
+    bool version = false; // --version: print the version and end
+    bool locate = false;  // --locate: list the meet database servers a scan finds, and end
 
     // Parses the arguments after the program's name. On a mistake the answer
     // is the message to print, one line without the program's name.

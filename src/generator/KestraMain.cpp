@@ -4,7 +4,6 @@
 #include "generator/MeetSelection.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
-#include "kestra/Version.h"
 #include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
@@ -14,6 +13,7 @@
 #include "outputs/TextFile.h"
 #include "outputs/WhiteWay.h"
 #include "outputs/XmlFile.h"
+#include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
@@ -652,9 +652,7 @@ void KestraMain::ClearGeneratorStatus(int side)
 
 void KestraMain::UpdateTitle()
 {
-    const QString title = QStringLiteral("Kestra v") + QString::fromLatin1(version::productVersion) +
-                          QStringLiteral(" - Jumbotron Display Generator") + QStringLiteral(", Server: ") +
-                          currentServerName();
+    const QString title = ExeInfo::ofThisBuild().title(currentServerName());
     if (title == m_title)
         return;
     m_title = title;

@@ -1,5 +1,7 @@
 #include "generator/NowUpParse.h"
 
+#include "support/Formatting.h"
+
 #include <QStringDecoder>
 #include <QXmlStreamReader>
 
@@ -126,17 +128,6 @@ std::optional<int> parseEventNumber(QStringView text)
     return static_cast<int>(value);
 }
 
-QString nowUpName(const QString &first, const QString &last, int nameFormat)
-{
-    switch (nameFormat) {
-    case 0: return first + QLatin1Char(' ') + last;
-    case 1: return last + QStringLiteral(", ") + first;
-    case 2: return first.left(1) + QLatin1Char(' ') + last;
-    case 3: return last;
-    default: return QString();
-    }
-}
-
 NowUpParse parseNowUpXml(QByteArrayView datagram, int nameFormat)
 {
     while (!datagram.isEmpty() && datagram.back() == '\0')
@@ -196,7 +187,7 @@ NowUpParse parseNowUpXml(QByteArrayView datagram, int nameFormat)
     const QString first = root.attributes.value(QStringLiteral("FName")).toString();
     const QString last = root.attributes.value(QStringLiteral("LName")).toString();
     return act({*event, root.attributes.value(QStringLiteral("Num")).toString(),
-                nowUpName(first, last, nameFormat), *root.gym});
+                formatName(first, last, nameFormat), *root.gym});
 }
 
 QStringList splitCommaText(QStringView text)

@@ -61,11 +61,6 @@ inline constexpr quint16 kNowUpLinePort = 23467;
 // Empty for anything else, including values beyond 32 bits.
 std::optional<int> parseEventNumber(QStringView text);
 
-// The competitor's name by NameFormat, parts taken as they come (nothing is
-// trimmed): 0 "First Last", 1 "Last, First", 2 "F Last", 3 "Last", any other
-// format an empty name.
-QString nowUpName(const QString &first, const QString &last, int nameFormat);
-
 // An XML document whose root element decides: NewScore (attribute Ev_Num)
 // clears the line of that event; NowUp (attributes Ev_Num, Num, FName, LName
 // and a child element Gym) fills it. Any other root is ignored. Names match

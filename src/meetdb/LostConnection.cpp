@@ -69,7 +69,7 @@ void LostConnectionHandler::HandleApplicationException(std::exception_ptr failur
     m.icon = PromptIcon::Error;
     m.buttons = PromptButtons::Ok;
     m.text = text;
-    m_prompt.ask(m);
+    m_prompt.tell(m);
 }
 
 bool LostConnectionHandler::guard(const std::function<void()> &work)

@@ -1,5 +1,7 @@
 #include "meetdb/PostgresStore.h"
 
+#include "support/Formatting.h"
+
 #include <QDate>
 #include <QDateTime>
 #include <QTime>
@@ -121,10 +123,10 @@ QVariant fieldValue(const PGresult *res, int row, int col, Oid type)
     case OidOid:
         return QVariant(qlonglong(std::strtoll(text, nullptr, 10)));
     case Float4Oid:
-        return QVariant(double(std::strtof(text, nullptr)));
+        return QVariant(double(parseSingle(QByteArrayView(text, length))));
     case Float8Oid:
     case NumericOid:
-        return QVariant(std::strtod(text, nullptr));
+        return QVariant(parseNumber(QByteArrayView(text, length)));
     case DateOid:
         return storevalues::parseDate(QString::fromLatin1(text, length));
     case TimeOid:

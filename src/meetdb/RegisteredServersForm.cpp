@@ -195,7 +195,7 @@ bool RegisteredServersForm::post()
         return true;
     const QString name = m_controls(QStringLiteral("EditName")).text().trimmed().left(NameLength);
     const QString ip = withoutBlanks(m_controls(QStringLiteral("EditIP")).text());
-    const QString host = m_controls(QStringLiteral("EditHost")).text().trimmed().left(HostLength);
+    const QString host = m_controls(QStringLiteral("EditHost")).text().trimmed();
 
     if (!LoadingList) {
         if (!ip.isEmpty() && !RegisteredServers::IsValidIP(ip)) {
@@ -207,6 +207,8 @@ bool RegisteredServersForm::post()
             errors << QStringLiteral("You must enter a name for this server.");
         if (ip.isEmpty() && host.isEmpty())
             errors << QStringLiteral("You must enter an IP Address or Hostname for this server.");
+        if (host.size() > HostLength)
+            errors << QStringLiteral("The Hostname or folder may be at most %1 characters long.").arg(HostLength);
         if (!errors.isEmpty()) {
             warn(QStringLiteral("Validation Error"), errors.join(QLatin1Char('\r')));
             return false;

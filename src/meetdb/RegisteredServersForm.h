@@ -35,10 +35,12 @@ public:
     // Server discovery: the address the operator picked, nullopt when none.
     using Locator = std::function<std::optional<QString>()>;
 
-    // The widths of the window's table.
+    // The widths of the window's table. Host also takes the whole path of a
+    // store folder, up to the longest path the system opens; a longer one is
+    // refused, never cut.
     static constexpr int NameLength = 80;
     static constexpr int IPLength = 15;
-    static constexpr int HostLength = 80;
+    static constexpr int HostLength = 4095;
     static constexpr int LocationLength = 80;
 
     RegisteredServersForm(SettingsStore marlowenKey, OperatorPrompt &prompt, QObject *parent = nullptr);

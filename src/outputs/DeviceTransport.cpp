@@ -42,7 +42,7 @@ void ShowDeviceError(OperatorPrompt &prompt, const QString &context, DeviceError
     message.text = context + QStringLiteral("\r\r") + DeviceErrorText(code);
     message.icon = PromptIcon::Error;
     message.buttons = PromptButtons::Ok;
-    prompt.ask(message);
+    prompt.tell(message);
 }
 
 QByteArray DaktronicsChecksum(QByteArrayView text)

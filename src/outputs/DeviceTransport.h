@@ -40,8 +40,9 @@ enum : DeviceError {
 
 QString DeviceErrorText(DeviceError code);
 
-// The modal report of a failed send: caption "Device Communication Error", the
-// context, two carriage returns and the error text, stop icon, OK.
+// The report of a failed send: caption "Device Communication Error", the
+// context, two carriage returns and the error text, stop icon, OK. Told, not
+// asked: the send that failed does not wait for the operator.
 void ShowDeviceError(OperatorPrompt &prompt, const QString &context, DeviceError code);
 
 // Sum of the bytes modulo 256 as two upper-case hexadecimal digits.

@@ -1,12 +1,21 @@
 #include "support/Formatting.h"
 
+#include <QLocale>
+
+#include <charconv>
+#include <clocale>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 
 namespace kestra {
+
+void useCNumberConventions()
+{
+    std::setlocale(LC_NUMERIC, "C");
+    QLocale::setDefault(QLocale::c());
+}
 
 namespace {
 
@@ -63,11 +72,14 @@ QString formatFloat(double value, const QString &picture)
     if (std::isinf(value))
         return value < 0 ? QStringLiteral("-INF") : QStringLiteral("INF");
 
-    // 18 significant digits: "d.ddddddddddddddddde+XX".
+    // 18 significant digits: "d.ddddddddddddddddde+XX". to_chars writes the
+    // C form whatever the locale; printf would write a decimal comma on a
+    // German desktop.
     constexpr int kSignificant = 18;
     char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%.*e", kSignificant - 1, value);
-    const std::string text(buffer);
+    const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific,
+                                       kSignificant - 1);
+    const std::string text(buffer, written.ptr);
     const bool negative = text.front() == '-';
     const std::size_t start = negative ? 1 : 0;
     const std::size_t ePos = text.find('e');
@@ -120,6 +132,35 @@ QString formatFloat(double value, const QString &picture)
     return QString::fromLatin1(out.data(), static_cast<qsizetype>(out.size()));
 }
 
+namespace {
+
+template <typename Number>
+Number parseC(QByteArrayView text, bool *ok)
+{
+    Number value = 0;
+    const char *begin = text.data();
+    const char *end = begin + text.size();
+    if (begin != end && *begin == '+')
+        ++begin;
+    const auto [ptr, error] = std::from_chars(begin, end, value);
+    const bool whole = error == std::errc() && ptr == end && begin != end;
+    if (ok)
+        *ok = whole;
+    return whole ? value : Number(0);
+}
+
+} // namespace
+
+double parseNumber(QByteArrayView text, bool *ok)
+{
+    return parseC<double>(text, ok);
+}
+
+float parseSingle(QByteArrayView text, bool *ok)
+{
+    return parseC<float>(text, ok);
+}
+
 QString formatRightAligned(const QString &text, int width)
 {
     if (width <= 0)
@@ -129,20 +170,14 @@ QString formatRightAligned(const QString &text, int width)
 
 QString formatName(const QString &first, const QString &last, int format)
 {
-    const QString f = first.trimmed();
-    const QString l = last.trimmed();
-    auto join = [](const QString &a, const QString &separator, const QString &b) {
-        if (a.isEmpty())
-            return b;
-        if (b.isEmpty())
-            return a;
-        return a + separator + b;
-    };
+    // Composed as written, blanks and empty parts included: a competitor
+    // without a first name is " Lee" in "First Last". Boards and graphics
+    // packages line names up by these exact texts.
     switch (format) {
-    case 0: return join(f, QStringLiteral(" "), l);
-    case 1: return join(l, QStringLiteral(", "), f);
-    case 2: return join(f.left(1), QStringLiteral(" "), l);
-    case 3: return l;
+    case 0: return first + QLatin1Char(' ') + last;
+    case 1: return last + QStringLiteral(", ") + first;
+    case 2: return first.left(1) + QLatin1Char(' ') + last;
+    case 3: return last;
     default: return QString();
     }
 }

@@ -1,8 +1,16 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 
 namespace kestra {
+
+// Every number this program writes or reads (wire, files, SQL, settings) is
+// in the C form. The routines below are locale-free by themselves; this pins
+// the C numeric conventions for the whole process as well, so that no library
+// call made on our behalf writes a decimal comma. Each program calls it once,
+// right after its application object (which adopts the desktop's locale).
+void useCNumberConventions();
 
 // Writes a number by one of the display pictures: "#0.000", "#0.00", "#0.0",
 // "##0.000", "000.0000" and "0.00". A '0' before the point is a required
@@ -17,15 +25,22 @@ namespace kestra {
 // a picture that is not of this kind.
 QString formatFloat(double value, const QString &picture);
 
+// A number in the C form (a point, no grouping, an exponent allowed), as
+// databases and files write them, whatever the operator's locale says. The
+// whole text must be the number; otherwise 0 with *ok false.
+double parseNumber(QByteArrayView text, bool *ok = nullptr);
+// The same read straight into a single float, as a 32-bit column holds it.
+float parseSingle(QByteArrayView text, bool *ok = nullptr);
+
 // "%6.6s" and "%7.7s": keeps the first `width` characters of the text and
 // right-aligns what is left in `width` columns, so "100.000" becomes "100.00"
 // and "9.650" becomes " 9.650".
 QString formatRightAligned(const QString &text, int width);
 
-// The competitor name in the operator's NameFormat: 0 "First Last",
-// 1 "Last, First", 2 "F Last", 3 "Last"; any other format gives an empty name.
-// Parts are trimmed, and a missing part takes its separator with it, so a
-// competitor without a first name is "Last" in every format.
+// The competitor name in the operator's NameFormat: 0 first name, a blank,
+// last name; 1 last name, ", ", first name; 2 the first letter of the first
+// name, a blank, last name; 3 last name alone; any other format gives an empty
+// name. Nothing is trimmed and no separator is dropped.
 QString formatName(const QString &first, const QString &last, int format);
 
 } // namespace kestra

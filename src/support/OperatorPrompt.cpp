@@ -1,5 +1,7 @@
 #include "support/OperatorPrompt.h"
 
+#include <QDateTime>
+
 #include <cstdio>
 
 namespace kestra {
@@ -34,19 +36,56 @@ static const char *iconWord(PromptIcon icon)
     return "message";
 }
 
-PromptAnswer LogPrompt::ask(const PromptMessage &message)
+namespace {
+
+// One line per message: carriage returns and line breaks become " | ".
+QString oneLine(const PromptMessage &message)
 {
-    // One line per message: carriage returns and line breaks become " | ".
     QString body = message.fullText();
     body.replace(QStringLiteral("\r\n"), QStringLiteral(" | "));
     body.replace(QLatin1Char('\r'), QStringLiteral(" | "));
     body.replace(QLatin1Char('\n'), QStringLiteral(" | "));
-    const PromptAnswer answer = message.defaultAnswer();
-    const char *answerWord = answer == PromptAnswer::Ok ? "" : " [answered No]";
-    std::fprintf(stderr, "kestra %s: %s: %s%s\n", iconWord(message.icon),
-                 qPrintable(message.caption), qPrintable(body), answerWord);
+    return QStringLiteral("kestra %1: %2: %3")
+        .arg(QString::fromLatin1(iconWord(message.icon)), message.caption, body);
+}
+
+void writeLine(const QString &line)
+{
+    std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
     std::fflush(stderr);
+}
+
+} // namespace
+
+PromptAnswer LogPrompt::ask(const PromptMessage &message)
+{
+    flushRepeats();
+    const PromptAnswer answer = message.defaultAnswer();
+    writeLine(oneLine(message) + (answer == PromptAnswer::Ok ? QString() : QStringLiteral(" [answered No]")));
     return answer;
+}
+
+void LogPrompt::tell(const PromptMessage &message)
+{
+    constexpr qint64 kQuietMs = 60 * 1000;
+    const QString line = oneLine(message);
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (line == m_lastTold && now - m_lastWrittenMs < kQuietMs) {
+        ++m_repeats;
+        return;
+    }
+    flushRepeats();
+    writeLine(line);
+    m_lastTold = line;
+    m_lastWrittenMs = now;
+}
+
+void LogPrompt::flushRepeats()
+{
+    if (m_repeats > 0)
+        writeLine(QStringLiteral("kestra: the message above came %1 more time(s)").arg(m_repeats));
+    m_repeats = 0;
+    m_lastTold.clear();
 }
 
 } // namespace kestra

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QtGlobal>
 
 namespace kestra {
 
@@ -36,14 +37,28 @@ struct PromptMessage {
 class OperatorPrompt {
 public:
     virtual ~OperatorPrompt() = default;
+    // Shows the message and waits for the operator's answer.
     virtual PromptAnswer ask(const PromptMessage &message) = 0;
+    // A message that needs no answer (device and program failures). It must
+    // not hold up its caller: a timer or datagram handler that raised it goes
+    // on, and the windows show it once that handler has returned.
+    virtual void tell(const PromptMessage &message) { ask(message); }
 };
 
 // Writes each message as one line to standard error and answers with the
-// default: OK, or No for a question.
+// default: OK, or No for a question. A told message that repeats the last one
+// within a minute is counted instead of written again, so a dead port on an
+// unattended station does not flood its log.
 class LogPrompt final : public OperatorPrompt {
 public:
     PromptAnswer ask(const PromptMessage &message) override;
+    void tell(const PromptMessage &message) override;
+
+private:
+    void flushRepeats();
+    QString m_lastTold;
+    qint64 m_lastWrittenMs = 0;
+    int m_repeats = 0;
 };
 
 // Turns the escaped line breaks of task dialog texts (the two characters

@@ -9,6 +9,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
@@ -87,7 +88,7 @@ QString kindOf(const LogicalControl &control)
     } prefixes[] = {{"dblcbo", "lookup"}, {"chkcbo", "combo"}, {"dxbtn", "button"}, {"sbtn", "button"},
                     {"btn", "button"},    {"Button", "button"}, {"chk", "check"},   {"rdo", "radio"},
                     {"Edit", "edit"},     {"cbo", "combo"},     {"grpStatus", "status"}, {"rgrp", "radiogroup"},
-                    {"lbl", "label"},     {"Label", "label"},   {"grp", "group"}};
+                    {"lbl", "label"},     {"Label", "label"},   {"lst", "list"},    {"grp", "group"}};
     for (const auto &p : prefixes) {
         if (name.startsWith(QLatin1String(p.prefix)))
             return QString::fromLatin1(p.kind);
@@ -258,6 +259,32 @@ QComboBox *lookup(LogicalControl &control, QWidget *parent)
     return widget;
 }
 
+QListWidget *list(LogicalControl &control, QWidget *parent)
+{
+    auto *widget = new QListWidget(parent);
+    widget->setSelectionMode(QAbstractItemView::SingleSelection);
+    bindCommon(widget, control);
+    auto sync = [widget, &control] {
+        const QSignalBlocker quiet(widget);
+        QStringList shown;
+        for (int i = 0; i < widget->count(); ++i)
+            shown.append(widget->item(i)->text());
+        if (shown != control.items()) {
+            widget->clear();
+            widget->addItems(control.items());
+        }
+        if (widget->currentRow() != control.currentIndex())
+            widget->setCurrentRow(control.currentIndex());
+    };
+    sync();
+    QObject::connect(&control, &LogicalControl::changed, widget, sync);
+    QObject::connect(widget, &QListWidget::currentRowChanged, &control, [&control](int row) {
+        if (row >= 0 && row != control.currentIndex())
+            control.operatorSelect(row);
+    });
+    return widget;
+}
+
 QLabel *label(LogicalControl &control, QWidget *parent)
 {
     auto *widget = new QLabel(control.text(), parent);
@@ -374,6 +401,8 @@ QWidget *create(LogicalControl &control, QWidget *parent)
         return combo(control, parent);
     if (kind == QLatin1String("lookup"))
         return lookup(control, parent);
+    if (kind == QLatin1String("list"))
+        return list(control, parent);
     if (kind == QLatin1String("status"))
         return status(control, parent);
     if (kind == QLatin1String("radiogroup"))

@@ -8,6 +8,7 @@ class QComboBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
+class QListWidget;
 class QPushButton;
 class QRadioButton;
 class QWidget;
@@ -27,12 +28,12 @@ namespace ControlBinder {
 
 // The kinds a control names in its property "kind". A control without one is
 // known by the prefix of its name ("btn", "chk", "rdo", "Edit", "cbo",
-// "dblcbo", "lbl", "grpStatus", "rgrp", "grp").
+// "dblcbo", "lbl", "lst", "grpStatus", "rgrp", "grp").
 QString kindOf(const LogicalControl &control);
 
 // A bound widget of the control's kind: button QPushButton, check QCheckBox,
 // radio QRadioButton, edit QLineEdit, combo an editable QComboBox, lookup a
-// QComboBox, label QLabel, status a coloured QLabel, radiogroup a QGroupBox
+// QComboBox, list a QListWidget, label QLabel, status a coloured QLabel, radiogroup a QGroupBox
 // of radio buttons, group an empty QGroupBox. An unknown kind is drawn as a
 // label.
 QWidget *create(LogicalControl &control, QWidget *parent);
@@ -51,6 +52,8 @@ QLineEdit *edit(LogicalControl &control, QWidget *parent);
 QComboBox *combo(LogicalControl &control, QWidget *parent);
 // A list of a table's rows: picking runs operatorSelect with the row.
 QComboBox *lookup(LogicalControl &control, QWidget *parent);
+// A list box of the items: picking one runs operatorSelect with its row.
+QListWidget *list(LogicalControl &control, QWidget *parent);
 QLabel *label(LogicalControl &control, QWidget *parent);
 // The text on the control's colour (0x00BBGGRR).
 QLabel *status(LogicalControl &control, QWidget *parent);

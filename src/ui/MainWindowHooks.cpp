@@ -1,13 +1,11 @@
 #include "ui/MainWindowHooks.h"
 
 #include "outputs/DeviceTransport.h"
+#include "ui/frmAbout.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmSetupUnits.h"
 
-#include "kestra/Version.h"
-
 #include <QFileDialog>
-#include <QMessageBox>
 
 namespace kestra {
 
@@ -42,12 +40,6 @@ QString askSaveFile(const KestraMain::FileRequest &request, QWidget *owner)
     return dialog.selectedFiles().first();
 }
 
-QString aboutText(const QString &title)
-{
-    return title + QStringLiteral("\n\nVersion ") + QString::fromLatin1(version::productVersion) +
-           QLatin1Char('\n') + QString::fromLatin1(version::legalCopyright);
-}
-
 void attachWindowHooks(KestraMain &main, frmKestraMain &window)
 {
     KestraMain::Hooks &hooks = main.hooks();
@@ -58,12 +50,7 @@ void attachWindowHooks(KestraMain &main, frmKestraMain &window)
     };
     hooks.selectFile = [&window](const KestraMain::FileRequest &request) { return askSaveFile(request, &window); };
     hooks.showOutputStatus = [&window] { window.showOutputStatus(); };
-    hooks.showAbout = [&main, &window] {
-        QMessageBox box(QMessageBox::Information, QStringLiteral("About Kestra"), aboutText(main.title()),
-                        QMessageBox::Ok, &window);
-        box.setObjectName(QStringLiteral("frmAbout"));
-        box.exec();
-    };
+    hooks.showAbout = [&window] { frmAbout::execute(&window); };
 }
 
 } // namespace kestra

@@ -12,7 +12,7 @@ class frmKestraMain;
 
 // Attaches the windows and dialogs the main window's logic asks for: the
 // setup window, the save dialog of the file targets, the status view and the
-// about box, each over the main window. The window must outlive the logic's
+// about window, each over the main window. The window must outlive the logic's
 // use of the hooks.
 void attachWindowHooks(KestraMain &main, frmKestraMain &window);
 
@@ -22,7 +22,5 @@ QString askSaveFile(const KestraMain::FileRequest &request, QWidget *owner);
 // "Text Files|*.TXT" as a dialog filter, "Text Files (*.TXT *.txt)": the
 // pattern in both cases, since names on Linux are case-sensitive.
 QString fileDialogFilter(const QString &filter);
-// The about box's text: the title, version and notice.
-QString aboutText(const QString &title);
 
 } // namespace kestra

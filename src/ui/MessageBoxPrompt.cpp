@@ -114,6 +114,50 @@ PromptAnswer MessageBoxPrompt::answerOf(const QMessageBox &box, const PromptMess
     return clicked == QMessageBox::Yes ? PromptAnswer::Yes : PromptAnswer::No;
 }
 
+QString MessageBoxPrompt::repeatedText(const QString &text, int times)
+{
+    if (times <= 1)
+        return text;
+    return text + QStringLiteral("\r\r(This happened %1 times.)").arg(times);
+}
+
+void MessageBoxPrompt::tell(const PromptMessage &message)
+{
+    for (Told &told : m_told) {
+        const PromptMessage &m = told.message;
+        if (m.caption == message.caption && m.text == message.text && m.instruction == message.instruction &&
+            m.details == message.details) {
+            ++told.times;
+            if (told.box && m.instruction.isEmpty())
+                told.box->setText(boxText(repeatedText(m.text, told.times)));
+            else if (told.box)
+                told.box->setInformativeText(boxText(repeatedText(m.text, told.times)));
+            return;
+        }
+    }
+    m_told.push_back({message, 1, nullptr});
+    if (!m_showScheduled && !m_showing) {
+        m_showScheduled = true;
+        QMetaObject::invokeMethod(&m_context, [this] { showTold(); }, Qt::QueuedConnection);
+    }
+}
+
+void MessageBoxPrompt::showTold()
+{
+    m_showScheduled = false;
+    m_showing = true;
+    while (!m_told.empty()) {
+        Told &told = m_told.front();
+        PromptMessage shown = told.message;
+        shown.text = repeatedText(shown.text, told.times);
+        const std::unique_ptr<QMessageBox> box = build(shown, m_owner);
+        told.box = box.get();
+        box->exec();
+        m_told.pop_front();
+    }
+    m_showing = false;
+}
+
 PromptAnswer MessageBoxPrompt::ask(const PromptMessage &message)
 {
     const std::unique_ptr<QMessageBox> box = build(message, m_owner);

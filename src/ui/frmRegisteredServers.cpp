@@ -1,6 +1,7 @@
 #include "ui/frmRegisteredServers.h"
 
 #include "ui/ControlBinder.h"
+#include "ui/frmFindNXServer.h"
 
 #include "setup/SettingsStore.h"
 #include "setup/SetupUnits.h"
@@ -127,8 +128,9 @@ frmRegisteredServers::frmRegisteredServers(RegisteredServersForm &logic, QWidget
     ip->setValidator(new AddressMaskValidator(ip));
     ip->installEventFilter(this);
     fields->addRow(QStringLiteral("IP Address:"), ip);
+    // No cut while typing or pasting: the logic refuses a Host too long, in words.
     fields->addRow(QStringLiteral("Hostname:"),
-                   lineEdit(c(QStringLiteral("EditHost")), RegisteredServersForm::HostLength, this));
+                   lineEdit(c(QStringLiteral("EditHost")), RegisteredServersForm::HostLength + 1, this));
     QComboBox *location = ControlBinder::lookup(c(QStringLiteral("dbcboLocation")), this);
     fields->addRow(QStringLiteral("Location:"), location);
 
@@ -229,8 +231,10 @@ std::optional<QString> frmRegisteredServers::execute(SettingsStore &marlowenKey,
                                                      QWidget *owner, RegisteredServersForm::Locator locator)
 {
     RegisteredServersForm logic(marlowenKey, prompt);
-    logic.setLocator(std::move(locator));
     frmRegisteredServers window(logic, owner);
+    if (!locator)
+        locator = [&window] { return frmFindNXServer::execute(&window); };
+    logic.setLocator(std::move(locator));
     window.exec();
     if (logic.result() == RegisteredServersForm::Result::Ok)
         return logic.SelectedName();

@@ -24,7 +24,8 @@ public:
 
     // The server list of the connect sequence, modal over its owner: the
     // confirmed server's name, or nullopt for Cancel. Fits
-    // ServerConnection::ServerChooser.
+    // ServerConnection::ServerChooser. Locate opens "Locate Server" over the
+    // window unless another locator is given.
     static std::optional<QString> execute(SettingsStore &marlowenKey, OperatorPrompt &prompt, QWidget *owner,
                                           RegisteredServersForm::Locator locator = {});
 

@@ -2,6 +2,7 @@
 // scores as the scoring product would.
 #include "meetdb/DevStore.h"
 #include "meetdb/MeetStore.h"
+#include "support/Formatting.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -284,6 +285,7 @@ int feed(const Arguments &a)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    useCNumberConventions();
     const QStringList args = QCoreApplication::arguments();
     if (args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"))) {
         std::fputs(helpText, stdout);

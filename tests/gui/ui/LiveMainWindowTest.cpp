@@ -4,6 +4,7 @@
 #include "outputs/OutputStatus.h"
 #include "support/LogicalControl.h"
 #include "ui/MainWindowHooks.h"
+#include "ui/frmAbout.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmOutputStatus.h"
 #include "ui/frmSetupUnits.h"
@@ -21,7 +22,6 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -276,16 +276,21 @@ TEST_F(LiveMainWindowTest, theSetupWindowOpensOverTheMainWindowAndItsValuesAreRe
     EXPECT_EQ(main->kestraKey().ReadInteger(S("Options"), S("Interval"), -1), 7);
 }
 
-TEST_F(LiveMainWindowTest, theAboutBoxNamesTheVersion)
+TEST_F(LiveMainWindowTest, theAboutWindowNamesTheVersionAndTheMaker)
 {
-    QString text;
-    answerNext<QMessageBox>([&text](QMessageBox &box) {
-        text = box.text();
-        box.accept();
+    QStringList shown;
+    answerNext<frmAbout>([this, &shown](frmAbout &about) {
+        EXPECT_EQ(about.parentWidget(), window.get());
+        EXPECT_EQ(about.windowTitle(), S("About Kestra"));
+        for (const char *name : {"lblHeading", "lblProduct", "lblDescription", "lblVersion", "lblCopyright"})
+            shown << about.findChild<QLabel *>(S(name))->text();
+        EXPECT_TRUE(about.findChild<QLabel *>(S("lblProduct"))->font().bold());
+        about.findChild<QPushButton *>(S("btnOK"))->click();
     });
     get<QAction>("actdxbtnAbout")->trigger(); // the menu command runs the button's handler
-    EXPECT_TRUE(text.contains(S("Version ") + QString::fromLatin1(version::productVersion))) << text.toStdString();
-    EXPECT_TRUE(text.startsWith(main->title()));
+    EXPECT_EQ(shown, (QStringList{S("About Kestra"), S("Kestra"), S("Jumbotron Display Generator"),
+                                  S("Version ") + S(version::productVersion), S("Copyright (c) 2026 Corvane")}));
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 // The window over a few controls of its own: hints and strays.

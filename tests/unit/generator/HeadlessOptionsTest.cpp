@@ -216,6 +216,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadLine{args({"--set", "Options/COMPort=ttyUSB0"}),
                 "--set: Options/COMPort=ttyUSB0: COM1 to COM4, UDP, or the path of a serial device such as "
                 "/dev/ttyUSB0"},
+        BadLine{args({"--locate", "--set", "Options/Interval=5"}), "--locate takes no other option"},
         BadLine{args({"--sessions2", "1"}), "--group2, --sessions2 and --events2 need --dual"},
         BadLine{args({"--events2", "1"}), "--group2, --sessions2 and --events2 need --dual"}),
     [](const testing::TestParamInfo<BadLine> &info) { return "line" + std::to_string(info.index); });
@@ -225,7 +226,7 @@ TEST(HeadlessOptionsTest, usageNamesEveryOption)
     const QString usage = HeadlessOptions::usage();
     for (const char *option : {"--store", "--server", "--meet", "--group", "--sessions", "--events", "--target",
                                "--set", "--group2", "--sessions2", "--events2", "--dual", "--ncaa", "--rotation",
-                               "--help"})
+                               "--locate", "--version", "--help"})
         EXPECT_TRUE(usage.contains(QString::fromLatin1(option))) << option;
 }
 

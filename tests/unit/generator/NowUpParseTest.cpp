@@ -1,4 +1,5 @@
 #include "generator/NowUpParse.h"
+#include "support/Formatting.h"
 
 #include <gtest/gtest.h>
 
@@ -147,7 +148,7 @@ TEST(NowUpXmlParse, NameByNameFormat)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.format);
-        EXPECT_EQ(nowUpName(QString::fromUtf8(c.first), QString::fromUtf8(c.last), c.format), QString::fromUtf8(c.name));
+        EXPECT_EQ(formatName(QString::fromUtf8(c.first), QString::fromUtf8(c.last), c.format), QString::fromUtf8(c.name));
         const QByteArray xml = QByteArray("<NowUp Ev_Num=\"1\" Num=\"5\" FName=\"") + c.first + "\" LName=\"" + c.last
                                + "\"><Gym>G</Gym></NowUp>";
         const NowUpParse got = parseNowUpXml(xml, c.format);

@@ -296,28 +296,21 @@ TEST(ServerListWindow, TheAddressFieldTakesOnlyWhatItsMaskAllows)
     }
 }
 
-TEST(ServerListWindow, ALocatedServerBecomesANewRowToRenameAndSave)
+TEST(ServerListWindow, AStoreFolderInHostIsKeptWholeAndOneTooLongIsRefusedInWords)
 {
-    const struct {
-        const char *found;
-        const char *ip, *host;
-    } cases[] = {{"127.0.0.1", "127.0.0.1", ""}, {"scoring.local", "", "scoring.local"}};
-    for (const auto &c : cases) {
-        ServerListWindow w(ThreeServers);
-        w.form->setLocator([&] { return std::optional<QString>(QString::fromLatin1(c.found)); });
-        w.form->btnScanClick();
-        EXPECT_EQ(w.form->state(), State::Insert);
-        EXPECT_EQ(w("EditName").text(), QString::fromLatin1(c.found));
-        EXPECT_EQ(w("EditIP").text(), QString::fromLatin1(c.ip));
-        EXPECT_EQ(w("EditHost").text(), QString::fromLatin1(c.host));
-        EXPECT_EQ(w("dbcboLocation").text(), QStringLiteral("LAN / WAN"));
-        EXPECT_EQ(w.stored().size(), 3) << "not saved until the operator saves it";
-        ASSERT_TRUE(w.form->sbtnSaveClick());
-        EXPECT_EQ(w.stored().size(), 4);
-    }
-    ServerListWindow none(ThreeServers);
-    none.form->btnScanClick();
-    EXPECT_EQ(none.form->state(), State::Browse) << "finding nothing changes nothing";
+    const QString deep = QStringLiteral("/srv/meets/") + QString(300, QLatin1Char('d')) + QStringLiteral("/state");
+    const QString tooLong = QLatin1Char('/') + QString(RegisteredServersForm::HostLength, QLatin1Char('x'));
+    ServerListWindow w(ThreeServers);
+    w.form->sbtnNewClick();
+    w.type("EditName", QStringLiteral("Deep"));
+    w.type("EditHost", tooLong);
+    EXPECT_FALSE(w.form->sbtnSaveClick());
+    EXPECT_EQ(w.lastText(), QStringLiteral("The Hostname or folder may be at most 4095 characters long."));
+    EXPECT_EQ(w("EditHost").text(), tooLong) << "nothing typed is lost";
+    EXPECT_EQ(w.stored(), ThreeServers);
+    w.type("EditHost", deep);
+    ASSERT_TRUE(w.form->sbtnSaveClick());
+    EXPECT_EQ(w.stored().at(2).Host, deep);
 }
 
 TEST(ServerListWindow, ASaveThatCannotBeWrittenIsReportedAndKeptInTheWindow)

@@ -98,23 +98,25 @@ TEST(FormatRightAligned, KeepsTheFirstCharactersThenRightAligns)
     EXPECT_EQ(formatRightAligned(QString(), 6), QStringLiteral("      "));
 }
 
-TEST(FormatName, TheFourNameFormats)
+TEST(FormatName, ComposedAsWrittenWithEmptyAndPaddedParts)
 {
-    const QString first = QStringLiteral("Simone");
-    const QString last = QStringLiteral("Arden");
-    EXPECT_EQ(formatName(first, last, 0), QStringLiteral("Simone Arden"));
-    EXPECT_EQ(formatName(first, last, 1), QStringLiteral("Arden, Simone"));
-    EXPECT_EQ(formatName(first, last, 2), QStringLiteral("S Arden"));
-    EXPECT_EQ(formatName(first, last, 3), QStringLiteral("Arden"));
-    EXPECT_EQ(formatName(first, last, 4), QString());
-    EXPECT_EQ(formatName(first, last, -1), QString());
-}
-
-TEST(FormatName, AMissingPartTakesItsSeparatorAlong)
-{
-    for (int format : {0, 1, 2, 3})
-        EXPECT_EQ(formatName(QString(), QStringLiteral("Arden"), format), QStringLiteral("Arden")) << format;
-    EXPECT_EQ(formatName(QStringLiteral("Simone"), QString(), 0), QStringLiteral("Simone"));
-    EXPECT_EQ(formatName(QStringLiteral("Simone"), QString(), 1), QStringLiteral("Simone"));
-    EXPECT_EQ(formatName(QStringLiteral(" Simone "), QStringLiteral("Arden  "), 1), QStringLiteral("Arden, Simone"));
+    const struct {
+        int format;
+        const char *first;
+        const char *last;
+        const char *name;
+    } cases[] = {
+        {0, "Simone", "Arden", "Simone Arden"}, {1, "Simone", "Arden", "Arden, Simone"},
+        {2, "Simone", "Arden", "S Arden"},      {3, "Simone", "Arden", "Arden"},
+        {4, "Simone", "Arden", ""},             {-1, "Simone", "Arden", ""},
+        {0, "", "Lee", " Lee"},                 {1, "", "Lee", "Lee, "},
+        {2, "", "Lee", " Lee"},                 {0, "Ann", "", "Ann "},
+        {1, " Ann ", "Lee  ", "Lee  ,  Ann "},  {2, " Ann", "Lee", "  Lee"},
+        {2, "Émile", "Roy", "É Roy"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(formatName(QString::fromUtf8(c.first), QString::fromUtf8(c.last), c.format),
+                  QString::fromUtf8(c.name));
+    }
 }
