@@ -5,8 +5,8 @@
 #
 #   kestra-devstore feed   publishes one score every few seconds, as the
 #                          scoring product does while judges post them
-#   kestra-headless        polls the queue and sends Daktronics frames by UDP
-#                          to 127.0.0.1
+#   kestra-headless        polls the queue and sends Daktronics (or White Way,
+#                          or Barco) frames by UDP to 127.0.0.1
 #   kestra-board           a virtual board on that port, printing what a real
 #                          board would show
 #
@@ -16,6 +16,7 @@
 #   KESTRA_DEMO_EVERY     seconds between two fed scores (3)
 #   KESTRA_DEMO_INTERVAL  minimum seconds a score stays up (5)
 #   KESTRA_DEMO_SECONDS   stop by itself after this many seconds (run until Ctrl-C)
+#   KESTRA_DEMO_TARGET    daktronics, whiteway or barco (daktronics)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 top=$PWD
@@ -26,6 +27,11 @@ every=${KESTRA_DEMO_EVERY:-3}
 interval=${KESTRA_DEMO_INTERVAL:-5}
 seconds=${KESTRA_DEMO_SECONDS:-}
 build=${KESTRA_DEMO_BUILD:-build-demo}
+target=${KESTRA_DEMO_TARGET:-daktronics}
+case "$target" in
+  daktronics|whiteway|barco) ;;
+  *) echo "demo: KESTRA_DEMO_TARGET is daktronics, whiteway or barco, not \"$target\"" >&2; exit 2 ;;
+esac
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 
@@ -92,8 +98,8 @@ say "Scoring feed: one score every $every s"
 "$devstore" feed "$store" --every "$every" > >(sed -u 's/^/[feed] /') &
 pids+=($!)
 
-say "Generator: Daktronics frames by UDP to 127.0.0.1:$port (Ctrl-C to end)"
-"$headless" --store "$store" --target daktronics \
+say "Generator: $target frames by UDP to 127.0.0.1:$port (Ctrl-C to end)"
+"$headless" --store "$store" --target "$target" \
   --set Options/COMPort=UDP --set "Options/UDPPort=$port" --set Options/IPAddr=127.0.0.1 \
   --set "Options/Interval=$interval" --set "Options/IntervalMax=$((interval * 6))" &
 generator=$!

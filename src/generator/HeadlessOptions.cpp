@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QSet>
 
@@ -80,6 +81,11 @@ QString checkSetting(SettingOverride &o)
         return QString();
     }
     case Address: {
+        // Digits and dots alone must make an IPv4 address; anything else a
+        // host name, which the transport looks up in the background.
+        static const QRegularExpression numeric(QStringLiteral("^[0-9.]+$"));
+        static const QRegularExpression hostName(
+            QStringLiteral("^(?=.{1,253}$)([A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?)(\\.[A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?)*$"));
         const QStringList parts = value.split(QLatin1Char('.'));
         bool good = parts.size() == 4;
         for (const QString &part : parts) {
@@ -87,8 +93,10 @@ QString checkSetting(SettingOverride &o)
             const int n = part.toInt(&ok);
             good = good && ok && part.size() <= 3 && n >= 0 && n <= 255;
         }
+        if (!numeric.match(value).hasMatch())
+            good = hostName.match(value).hasMatch();
         if (!good)
-            return said + QStringLiteral(": an IPv4 address such as 127.0.0.1");
+            return said + QStringLiteral(": an IPv4 address such as 127.0.0.1, or a host name");
         o.value = value;
         return QString();
     }

@@ -7,8 +7,12 @@
 #include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
+#include "outputs/Barco.h"
 #include "outputs/Daktronics.h"
 #include "outputs/DeviceTransport.h"
+#include "outputs/TextFile.h"
+#include "outputs/WhiteWay.h"
+#include "outputs/XmlFile.h"
 #include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
@@ -102,6 +106,13 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
 
     m_trace.setEnabledSource([this] { return checked(QStringLiteral("chkDebugIO")); });
     m_writers.add(std::make_unique<DaktronicsWriter>(m_record, m_transport, *this, m_trace));
+    m_writers.add(std::make_unique<WhiteWayWriter>(m_record, m_transport, *this, m_trace));
+    m_writers.add(std::make_unique<BarcoWriter>(m_record, m_transport, m_trace));
+    m_writers.add(std::make_unique<TextFileWriter>(
+        m_record, [this] { return m_settings.OutputFileName; }, [this] { return checked(QStringLiteral("chkSTXETX")); }));
+    m_writers.add(std::make_unique<XmlFileWriter>(
+        m_record, *this, [this] { return m_settings.OutputFileName; },
+        [this] { return c(QStringLiteral("rgrpRotation")).currentIndex() + 1; }));
     m_lines = std::make_unique<DisplayLines>(m_record, *this);
     m_poll = std::make_unique<ScorePoll>(*this);
     m_cycle = std::make_unique<DisplayCycle>(*this);

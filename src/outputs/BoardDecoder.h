@@ -18,7 +18,8 @@ struct BoardFrame {
 
 struct DecodeResult {
     std::vector<BoardFrame> frames;
-    QStringList errors; // one line per frame or run of bytes rejected
+    QStringList errors;   // one line per frame or run of bytes rejected
+    QStringList warnings; // frames taken that a real board may misread
 };
 
 // The receiving side of one board protocol, as the virtual board uses it.
@@ -48,6 +49,49 @@ public:
 
 private:
     QByteArray m_pending;
+};
+
+// Checks White Way frames: the head "w\99999\", a known page number, a
+// backslash before each field at the place the page's field widths give, and
+// the tail "\\" CR LF. Fields are taken by their widths, so a backslash
+// inside a name is kept (with a warning: a board that splits on backslashes
+// misreads it). One frame gives one BoardFrame per field.
+class WhiteWayDecoder final : public FrameDecoder {
+public:
+    QString protocol() const override { return QStringLiteral("White Way"); }
+    DecodeResult decodeDatagram(QByteArrayView datagram) const override;
+    DecodeResult feed(QByteArrayView bytes) override;
+
+private:
+    QByteArray m_pending;
+};
+
+// Checks Barco frames: 0x02, the 5,699 bytes of the block, 0x03.
+class BarcoDecoder final : public FrameDecoder {
+public:
+    QString protocol() const override { return QStringLiteral("Barco"); }
+    DecodeResult decodeDatagram(QByteArrayView datagram) const override;
+    DecodeResult feed(QByteArrayView bytes) override;
+
+private:
+    QByteArray m_pending;
+};
+
+// Recognises the protocol: a datagram by its first byte, a serial stream by
+// the first good frame of any protocol, which it then keeps to.
+class AutoDecoder final : public FrameDecoder {
+public:
+    QString protocol() const override;
+    DecodeResult decodeDatagram(QByteArrayView datagram) const override;
+    DecodeResult feed(QByteArrayView bytes) override;
+
+private:
+    DaktronicsDecoder m_daktronics;
+    WhiteWayDecoder m_whiteWay;
+    BarcoDecoder m_barco;
+    FrameDecoder *m_locked = nullptr;
+    qsizetype m_unrecognised = 0;
+    bool m_toldUnrecognised = false;
 };
 
 } // namespace kestra

@@ -45,6 +45,28 @@ std::vector<Field> fieldsOf(int part)
 
 } // namespace
 
+BoardMirror::BoardMirror() : m_touched(kPartCount, false)
+{
+    for (int part = 0; part < kPartCount; ++part)
+        m_settled.push_back(render(part));
+}
+
+QStringList BoardMirror::settle()
+{
+    QStringList lines;
+    for (int part = 0; part < kPartCount; ++part) {
+        if (!m_touched[std::size_t(part)])
+            continue;
+        m_touched[std::size_t(part)] = false;
+        QStringList now = render(part);
+        if (now != m_settled[std::size_t(part)]) {
+            lines += now;
+            m_settled[std::size_t(part)] = std::move(now);
+        }
+    }
+    return lines;
+}
+
 QStringList BoardMirror::apply(const BoardFrame &frame)
 {
     const Field written{frame.address, static_cast<int>(frame.data.size())};
@@ -57,6 +79,7 @@ QStringList BoardMirror::apply(const BoardFrame &frame)
     m_record.pack(written, QByteArrayView(frame.data));
     QStringList lines;
     for (const auto &[part, old] : before) {
+        m_touched[std::size_t(part)] = true;
         const QStringList now = render(part);
         if (now != old)
             lines += now;
@@ -73,8 +96,8 @@ QStringList BoardMirror::render(int part) const
     if (part < kNcaaPart)
         return leaderPage(part - kLeaderPart + 1);
     if (part < kMatrixPart)
-        return {ncaaGroup(part - kNcaaPart + 1)};
-    return {matrix()};
+        return ncaaGroup(part - kNcaaPart + 1);
+    return matrix();
 }
 
 static QString trimmed(const DisplayRecord &record, const Field &field)
@@ -149,25 +172,37 @@ QStringList BoardMirror::leaderPage(int page) const
     return lines;
 }
 
-QString BoardMirror::ncaaGroup(int group) const
+// A score field, or "-" when blank, so that columns stay countable.
+static QString orDash(const QString &text)
 {
-    const QString team = trimmed(m_record, ncaaTeam(group));
-    QString line = QStringLiteral("NCAA %1  ").arg(group);
-    if (team.isEmpty())
-        return line + QStringLiteral("(blank)");
-    line += team + QStringLiteral("  ") + trimmed(m_record, ncaaEvent(group));
-    int lineup = 0;
-    for (int l = 1; l <= kNcaaLineupLines; ++l) {
-        if (!trimmed(m_record, ncaaLineupName(group, l)).isEmpty())
-            ++lineup;
-    }
-    line += QStringLiteral("  lineup %1  event %2  team %3")
-                .arg(lineup)
-                .arg(trimmed(m_record, ncaaEventTotal(group)), trimmed(m_record, ncaaTeamTotal(group)));
-    return line;
+    return text.isEmpty() ? QStringLiteral("-") : text;
 }
 
-QString BoardMirror::matrix() const
+QStringList BoardMirror::ncaaGroup(int group) const
+{
+    const QString team = trimmed(m_record, ncaaTeam(group));
+    const QString head = QStringLiteral("NCAA %1  ").arg(group);
+    if (team.isEmpty())
+        return {head + QStringLiteral("(blank)")};
+    QString event = trimmed(m_record, ncaaEvent(group));
+    QStringList lines{head + QStringLiteral("%1  on %2  event %3  team %4")
+                                 .arg(team, orDash(event), orDash(trimmed(m_record, ncaaEventTotal(group))),
+                                      orDash(trimmed(m_record, ncaaTeamTotal(group))))};
+    for (int l = 1; l <= kNcaaLineupLines; ++l) {
+        const QString name = trimmed(m_record, ncaaLineupName(group, l));
+        const QString score = trimmed(m_record, ncaaLineupScore(group, l));
+        if (name.isEmpty() && score.isEmpty())
+            continue;
+        lines.append(QStringLiteral("    %1  %2  %3").arg(l).arg(name, -24).arg(score, 6));
+    }
+    QStringList totals;
+    for (int e = 1; e <= 6; ++e)
+        totals.append(orDash(trimmed(m_record, ncaaEventScore(group, e))));
+    lines.append(QStringLiteral("    by event  ") + totals.join(QStringLiteral("  ")));
+    return lines;
+}
+
+QStringList BoardMirror::matrix() const
 {
     QStringList heads;
     for (int e = 1; e <= kMatrixEvents; ++e) {
@@ -180,12 +215,18 @@ QString BoardMirror::matrix() const
         const QString team = trimmed(m_record, matrixTeam(r));
         if (team.isEmpty())
             continue;
-        rows.append(QStringLiteral("%1 %2 %3")
-                        .arg(trimmed(m_record, matrixRank(r)), team, trimmed(m_record, matrixTeamScore(r))));
+        QStringList scores;
+        for (int e = 1; e <= kMatrixEvents; ++e)
+            scores.append(orDash(trimmed(m_record, matrixEventScore(r, e))));
+        rows.append(QStringLiteral("    %1  %2  %3  %4")
+                        .arg(trimmed(m_record, matrixRank(r)), 2)
+                        .arg(team, -20)
+                        .arg(trimmed(m_record, matrixTeamScore(r)), 7)
+                        .arg(scores.join(QStringLiteral("  "))));
     }
     if (heads.isEmpty() && rows.isEmpty())
-        return QStringLiteral("MATRIX  (blank)");
-    return QStringLiteral("MATRIX  [%1]  %2").arg(heads.join(QLatin1Char(' ')), rows.join(QStringLiteral(" | ")));
+        return {QStringLiteral("MATRIX  (blank)")};
+    return QStringList{QStringLiteral("MATRIX  ") + heads.join(QStringLiteral("  "))} + rows;
 }
 
 } // namespace kestra

@@ -1,18 +1,22 @@
 #include "outputs/DeviceTransport.h"
 
+#include "outputs/SerialPortLine.h"
 #include "support/OperatorPrompt.h"
 
-#include <QDeadlineTimer>
-#include <QHostAddress>
 #include <QHostInfo>
+#include <QLoggingCategory>
 #include <QRegularExpression>
-#include <QSerialPort>
 #include <QSerialPortInfo>
 #include <QUdpSocket>
 
 #include <algorithm>
+#include <utility>
 
 namespace kestra {
+
+namespace {
+Q_LOGGING_CATEGORY(lcTransport, "kestra.outputs.transport")
+}
 
 QString DeviceErrorText(DeviceError code)
 {
@@ -57,80 +61,13 @@ QByteArray DaktronicsChecksum(QByteArrayView text)
 
 namespace {
 
-class QtSerialLine final : public SerialLine {
-public:
-    bool open(const QString &device) override
-    {
-        m_port.setPortName(device);
-        m_port.setBaudRate(QSerialPort::Baud19200);
-        m_port.setDataBits(QSerialPort::Data8);
-        m_port.setParity(QSerialPort::NoParity);
-        m_port.setStopBits(QSerialPort::OneStop);
-        m_port.setFlowControl(QSerialPort::NoFlowControl);
-        // Boards never answer; whatever arrives is dropped, in bounded room.
-        m_port.setReadBufferSize(4096);
-        QObject::connect(&m_port, &QSerialPort::readyRead, &m_port, [this] { m_port.readAll(); });
-        return m_port.open(QIODevice::ReadWrite);
-    }
-
-    bool write(QByteArrayView data) override
-    {
-        if (!m_port.isOpen())
-            return false;
-        m_port.clearError();
-        if (m_port.write(data.data(), data.size()) != data.size()) {
-            m_port.clear(QSerialPort::Output);
-            return false;
-        }
-        // Blocks as a write to the driver would: until the bytes are with the
-        // system, allowing the frame's time on the wire at 19200 baud twice over.
-        const qint64 wireMs = data.size() * 10 * 1000 / 19200;
-        QDeadlineTimer deadline(2000 + 2 * wireMs);
-        while (m_port.bytesToWrite() > 0) {
-            if (deadline.hasExpired() || !m_port.waitForBytesWritten(int(deadline.remainingTime()))) {
-                m_port.clear(QSerialPort::Output);
-                return false;
-            }
-        }
-        return m_port.error() == QSerialPort::NoError || m_port.error() == QSerialPort::TimeoutError;
-    }
-
-    void close() override { m_port.close(); }
-    QString errorString() const override { return m_port.errorString(); }
-
-private:
-    QSerialPort m_port;
-};
-
 class QtDatagramLine final : public DatagramLine {
 public:
-    bool connectTo(const QString &address, const QString &port) override
+    bool connectTo(const QHostAddress &address, quint16 port) override
     {
         disconnect();
-        bool ok = false;
-        const uint number = port.trimmed().toUInt(&ok);
-        if (!ok || number == 0 || number > 65535) {
-            m_error = QStringLiteral("UDP port \"%1\" is not a port number").arg(port);
-            return false;
-        }
-        QHostAddress host;
-        if (!host.setAddress(address.trimmed())) {
-            const QHostInfo info = QHostInfo::fromName(address.trimmed());
-            for (const QHostAddress &candidate : info.addresses()) {
-                if (candidate.protocol() == QAbstractSocket::IPv4Protocol) {
-                    host = candidate;
-                    break;
-                }
-            }
-            if (host.isNull() && !info.addresses().isEmpty())
-                host = info.addresses().constFirst();
-            if (host.isNull()) {
-                m_error = QStringLiteral("cannot resolve \"%1\": %2").arg(address, info.errorString());
-                return false;
-            }
-        }
         m_socket = std::make_unique<QUdpSocket>();
-        const QHostAddress any = host.protocol() == QAbstractSocket::IPv6Protocol
+        const QHostAddress any = address.protocol() == QAbstractSocket::IPv6Protocol
                                      ? QHostAddress(QHostAddress::AnyIPv6)
                                      : QHostAddress(QHostAddress::AnyIPv4);
         if (!m_socket->bind(any, 0)) {
@@ -138,8 +75,8 @@ public:
             m_socket.reset();
             return false;
         }
-        m_destination = host;
-        m_port = static_cast<quint16>(number);
+        m_destination = address;
+        m_port = port;
         return true;
     }
 
@@ -172,11 +109,19 @@ private:
     QString m_error;
 };
 
+// The UDP port as a number, or 0 when the text is not one.
+quint16 portNumber(const QString &text)
+{
+    bool ok = false;
+    const uint number = text.trimmed().toUInt(&ok);
+    return ok && number <= 65535 ? quint16(number) : quint16(0);
+}
+
 } // namespace
 
 std::unique_ptr<SerialLine> LineFactory::makeSerialLine()
 {
-    return std::make_unique<QtSerialLine>();
+    return std::make_unique<SerialPortLine>();
 }
 
 std::unique_ptr<DatagramLine> LineFactory::makeDatagramLine()
@@ -232,6 +177,10 @@ void DeviceTransport::setUdpDestination(const QString &address, const QString &p
     m_udpAddress = address;
     m_udpPort = port;
     disconnectUdp();
+    m_lookup.reset();
+    m_held.clear();
+    m_heldLost = false;
+    m_udpState = UdpState::Unresolved;
 }
 
 void DeviceTransport::applySettings(const QString &comPort, quint16 baseAddr, const QString &ipAddr,
@@ -242,17 +191,85 @@ void DeviceTransport::applySettings(const QString &comPort, quint16 baseAddr, co
     m_portName = comPort;
     m_baseAddress = baseAddr;
     setUdpDestination(ipAddr, udpPort);
+    // Settings handed over again are the moment to try a failed name anew.
+    if (m_udpState == UdpState::Failed)
+        m_udpState = UdpState::Unresolved;
     if (m_portName == QStringLiteral("UDP"))
         connectUdp();
+}
+
+void DeviceTransport::resolveUdp()
+{
+    m_lookup.reset();
+    m_udpHost.clear();
+    auto failed = [this](const QString &why) {
+        m_udpProblem = why;
+        m_udpState = UdpState::Failed;
+        m_udpFailedAt.start();
+    };
+    if (portNumber(m_udpPort) == 0)
+        return failed(QStringLiteral("UDP port \"%1\" is not a port number").arg(m_udpPort));
+    const QString name = m_udpAddress.trimmed();
+    if (name.isEmpty())
+        return failed(QStringLiteral("no UDP address is set"));
+    QHostAddress numeric;
+    if (numeric.setAddress(name)) {
+        m_udpHost = numeric;
+        m_udpState = UdpState::Resolved;
+        return;
+    }
+    // The answer comes back on the event loop; a destination changed in the
+    // meantime deletes the receiver, and the stale answer with it.
+    m_udpState = UdpState::Resolving;
+    m_lookup = std::make_unique<QObject>();
+    QHostInfo::lookupHost(name, m_lookup.get(), [this](const QHostInfo &info) { lookedUp(info); });
+}
+
+void DeviceTransport::lookedUp(const QHostInfo &info)
+{
+    m_lookup.release()->deleteLater();
+    for (const QHostAddress &candidate : info.addresses()) {
+        if (candidate.protocol() == QAbstractSocket::IPv4Protocol) {
+            m_udpHost = candidate;
+            break;
+        }
+    }
+    if (m_udpHost.isNull() && !info.addresses().isEmpty())
+        m_udpHost = info.addresses().constFirst();
+    if (m_udpHost.isNull()) {
+        m_udpProblem = QStringLiteral("cannot resolve \"%1\": %2").arg(m_udpAddress.trimmed(), info.errorString());
+        m_udpState = UdpState::Failed;
+        m_udpFailedAt.start();
+        m_heldLost = !m_held.isEmpty();
+        m_held.clear();
+        return;
+    }
+    m_udpState = UdpState::Resolved;
+    // The held frames go now, in order; a failure among them is told at the
+    // next send, as a failure after a send's own return always is.
+    while (!m_held.isEmpty()) {
+        if (sendDatagram(m_held.takeFirst()) != DeviceErrors::Success) {
+            m_heldLost = true;
+            m_held.clear();
+        }
+    }
 }
 
 bool DeviceTransport::connectUdp()
 {
     if (isUdpConnected())
         return true;
+    if (m_udpState == UdpState::Unresolved)
+        resolveUdp();
+    if (m_udpState == UdpState::Failed) {
+        m_lastFailure = m_udpProblem;
+        return false;
+    }
+    if (m_udpState != UdpState::Resolved)
+        return false;
     if (!m_udp)
         m_udp = m_factory->makeDatagramLine();
-    if (!m_udp->connectTo(m_udpAddress, m_udpPort)) {
+    if (!m_udp->connectTo(m_udpHost, portNumber(m_udpPort))) {
         m_lastFailure = m_udp->errorString();
         return false;
     }
@@ -270,20 +287,60 @@ bool DeviceTransport::isUdpConnected() const
     return m_udp && m_udp->isConnected();
 }
 
-DeviceError DeviceTransport::SendDeviceData(QByteArrayView frame)
+DeviceError DeviceTransport::sendDatagram(QByteArrayView frame)
+{
+    if (!isUdpConnected()) {
+        disconnectUdp();
+        connectUdp();
+    }
+    if (!isUdpConnected())
+        return DeviceErrors::SendFailed;
+    if (!m_udp->send(frame)) {
+        m_lastFailure = m_udp->errorString();
+        return DeviceErrors::SendFailed;
+    }
+    return DeviceErrors::Success;
+}
+
+DeviceError DeviceTransport::SendDeviceData(QByteArrayView frame, FrameKind kind)
+{
+    const DeviceError result = sendFrame(frame, kind);
+    // The operator's box carries the error table's words; the log says why,
+    // once for each new reason rather than once a frame.
+    if (result == DeviceErrors::Success) {
+        m_loggedFailure.clear();
+    } else {
+        const QString text = DeviceErrorText(result);
+        const QString why = result == DeviceErrors::SendFailed || result == DeviceErrors::PortOpenFailed
+                                ? text + QStringLiteral(": ") + m_lastFailure
+                                : text;
+        if (why != m_loggedFailure)
+            qCWarning(lcTransport).noquote() << why;
+        m_loggedFailure = why;
+    }
+    return result;
+}
+
+DeviceError DeviceTransport::sendFrame(QByteArrayView frame, FrameKind kind)
 {
     if (m_portName == QStringLiteral("UDP")) {
-        if (!isUdpConnected()) {
-            disconnectUdp();
-            connectUdp();
+        if (m_udpState == UdpState::Failed && m_udpFailedAt.elapsed() >= kLookupRetryMs)
+            resolveUdp();
+        if (m_udpState == UdpState::Unresolved)
+            resolveUdp();
+        if (m_udpState == UdpState::Resolving) {
+            m_held.push(frame.toByteArray(), kind);
+            return DeviceErrors::Success;
         }
-        if (!isUdpConnected())
-            return DeviceErrors::SendFailed;
-        if (!m_udp->send(frame)) {
-            m_lastFailure = m_udp->errorString();
+        if (m_udpState == UdpState::Failed) {
+            m_heldLost = false;
+            m_lastFailure = m_udpProblem;
             return DeviceErrors::SendFailed;
         }
-        return DeviceErrors::Success;
+        const DeviceError result = sendDatagram(frame);
+        if (std::exchange(m_heldLost, false))
+            return DeviceErrors::SendFailed;
+        return result;
     }
     if (!m_serial) {
         const DeviceError opened = OpenPort();
@@ -291,7 +348,7 @@ DeviceError DeviceTransport::SendDeviceData(QByteArrayView frame)
             return opened;
     }
     // A failed write leaves the port as it is: no reopen, no retry.
-    if (!m_serial->write(frame)) {
+    if (!m_serial->write(frame, kind)) {
         m_lastFailure = m_serial->errorString();
         return DeviceErrors::SendFailed;
     }
@@ -306,8 +363,9 @@ DeviceError DeviceTransport::OpenPort()
         return DeviceErrors::BaseAddressNotDefined;
     ClosePort();
     auto line = m_factory->makeSerialLine();
-    if (!line->open(deviceForPortName(m_portName))) {
-        m_lastFailure = line->errorString();
+    const QString device = deviceForPortName(m_portName);
+    if (!line->open(device)) {
+        m_lastFailure = device + QStringLiteral(": ") + line->errorString();
         return DeviceErrors::PortOpenFailed;
     }
     m_serial = std::move(line);

@@ -1,6 +1,7 @@
-// kestra-board: a virtual Daktronics board for development and demos. It takes
-// frames from a UDP port and/or a serial line, keeps its own copy of the display
-// block and prints what a board would show whenever that changes.
+// kestra-board: a virtual board for development and demos. It takes
+// Daktronics, White Way or Barco frames from a UDP port and/or a serial line,
+// keeps its own copy of the display block and prints what a board shows: one
+// line per part that changed, once the frames of one send have all arrived.
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
 
@@ -11,10 +12,12 @@
 #include <QNetworkDatagram>
 #include <QSerialPort>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <QUdpSocket>
 
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -41,34 +44,82 @@ void printLine(std::FILE *stream, const QString &line)
     std::fflush(stream);
 }
 
+// Frames of one send arrive within milliseconds (over a serial line, one
+// after the other); the board is printed once they have stopped coming for
+// kQuietMs, and at the latest kLatestMs after the first of them.
+constexpr int kQuietMs = 150;
+constexpr int kLatestMs = 1000;
+
+std::unique_ptr<FrameDecoder> decoderFor(const QString &format)
+{
+    if (format == QLatin1String("daktronics"))
+        return std::make_unique<DaktronicsDecoder>();
+    if (format == QLatin1String("whiteway"))
+        return std::make_unique<WhiteWayDecoder>();
+    if (format == QLatin1String("barco"))
+        return std::make_unique<BarcoDecoder>();
+    if (format == QLatin1String("auto"))
+        return std::make_unique<AutoDecoder>();
+    return nullptr;
+}
+
 class Board {
 public:
-    explicit Board(bool verbose) : m_verbose(verbose) {}
+    Board(bool rawFrames, const QString &format)
+        : m_rawFrames(rawFrames), m_datagramDecoder(decoderFor(format)), m_serialDecoder(decoderFor(format))
+    {
+        m_quiet.setSingleShot(true);
+        m_latest.setSingleShot(true);
+        QObject::connect(&m_quiet, &QTimer::timeout, [this] { settle(); });
+        QObject::connect(&m_latest, &QTimer::timeout, [this] { settle(); });
+    }
 
     void take(const DecodeResult &result, const QString &source)
     {
         for (const QString &error : result.errors)
             printLine(stderr, source + QStringLiteral(": ") + error);
+        for (const QString &warning : result.warnings)
+            printLine(stderr, source + QStringLiteral(": warning: ") + warning);
         for (const BoardFrame &frame : result.frames) {
-            if (m_verbose) {
-                printLine(stdout, QStringLiteral("%1: frame at %2, %3 bytes")
-                                      .arg(source)
-                                      .arg(frame.address, 5, 10, QLatin1Char('0'))
-                                      .arg(frame.data.size()));
-            }
-            for (const QString &line : m_mirror.apply(frame))
+            const QStringList changed = m_mirror.apply(frame);
+            if (!m_rawFrames)
+                continue;
+            printLine(stdout, QStringLiteral("%1: frame at %2, %3 bytes")
+                                  .arg(source)
+                                  .arg(frame.address, 5, 10, QLatin1Char('0'))
+                                  .arg(frame.data.size()));
+            for (const QString &line : changed)
                 printLine(stdout, line);
+        }
+        if (m_rawFrames) {
+            m_mirror.settle();
+            return;
+        }
+        if (!result.frames.empty()) {
+            m_quiet.start(kQuietMs);
+            if (!m_latest.isActive())
+                m_latest.start(kLatestMs);
         }
     }
 
-    DaktronicsDecoder &serialDecoder() { return m_serialDecoder; }
-    const DaktronicsDecoder &datagramDecoder() const { return m_datagramDecoder; }
+    void settle()
+    {
+        m_quiet.stop();
+        m_latest.stop();
+        for (const QString &line : m_mirror.settle())
+            printLine(stdout, line);
+    }
+
+    FrameDecoder &serialDecoder() { return *m_serialDecoder; }
+    const FrameDecoder &datagramDecoder() const { return *m_datagramDecoder; }
 
 private:
-    bool m_verbose;
+    bool m_rawFrames;
     BoardMirror m_mirror;
-    DaktronicsDecoder m_datagramDecoder;
-    DaktronicsDecoder m_serialDecoder;
+    std::unique_ptr<FrameDecoder> m_datagramDecoder;
+    std::unique_ptr<FrameDecoder> m_serialDecoder;
+    QTimer m_quiet;
+    QTimer m_latest;
 };
 
 } // namespace
@@ -80,7 +131,8 @@ int main(int argc, char **argv)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Virtual Daktronics board: prints what a board would show as frames arrive."));
+        QStringLiteral("kestra-board: a virtual scoreboard. It reads Daktronics, White Way or Barco frames from a "
+                       "UDP port or a serial line and prints what a board shows, one line per score."));
     parser.addHelpOption();
     const QCommandLineOption udpOption(QStringLiteral("udp"), QStringLiteral("Listen for frames on this UDP port (0: any free port)."),
                                        QStringLiteral("PORT"));
@@ -90,17 +142,30 @@ int main(int argc, char **argv)
     const QCommandLineOption serialOption(QStringLiteral("serial"),
                                           QStringLiteral("Read frames from this serial device at 19200 8N1."),
                                           QStringLiteral("DEVICE"));
-    const QCommandLineOption verboseOption(QStringLiteral("verbose"),
-                                           QStringLiteral("Also print every good frame, changed or not."));
-    parser.addOptions({udpOption, bindOption, serialOption, verboseOption});
+    const QCommandLineOption formatOption(
+        QStringLiteral("format"),
+        QStringLiteral("The frames to expect: daktronics, whiteway, barco, or auto (default: recognised from the "
+                       "first good frame)."),
+        QStringLiteral("FORMAT"), QStringLiteral("auto"));
+    const QCommandLineOption framesOption(
+        QStringLiteral("frames"),
+        QStringLiteral("Raw view: print every good frame as it arrives, with the lines it changed."));
+    parser.addOptions({udpOption, bindOption, serialOption, formatOption, framesOption});
     parser.process(app);
+
+    const QString format = parser.value(formatOption).trimmed().toLower().remove(QLatin1Char('-'));
+    if (!decoderFor(format)) {
+        std::fprintf(stderr, "kestra-board: --format takes daktronics, whiteway, barco or auto, not \"%s\"\n",
+                     qPrintable(parser.value(formatOption)));
+        return 2;
+    }
 
     if (!parser.isSet(udpOption) && !parser.isSet(serialOption)) {
         std::fprintf(stderr, "kestra-board: give --udp PORT and/or --serial DEVICE (see --help)\n");
         return 2;
     }
 
-    Board board(parser.isSet(verboseOption));
+    Board board(parser.isSet(framesOption), format);
 
     QUdpSocket udp;
     if (parser.isSet(udpOption)) {
@@ -176,6 +241,7 @@ int main(int argc, char **argv)
     sigaction(SIGTERM, &action, nullptr);
 
     const int code = app.exec();
+    board.settle();
     printLine(stdout, QStringLiteral("board closed"));
     return code;
 }

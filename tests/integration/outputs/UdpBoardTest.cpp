@@ -4,7 +4,9 @@
 
 #include "integration/app/ChildProgram.h"
 
+#include "outputs/Barco.h"
 #include "outputs/EventSlot.h"
+#include "outputs/WhiteWay.h"
 #include "support/TestSupport.h"
 
 #include <QRegularExpression>
@@ -51,9 +53,12 @@ TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
     const QString port = listening.section(QLatin1Char(':'), -1);
 
     OutputStation station(QStringLiteral("UDP"), port);
+    station.meet.useDBonus = true;
     station.lines.FillEventLine(routine(), 1);
-    const QString line = board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss.*@ Valley Twisters"));
+    const QString line = board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss.*D\\+ 0\\.100  @ Valley Twisters"));
     EXPECT_TRUE(line.contains(QStringLiteral("9.650"))) << board.output().toStdString();
+    // Three frames, one score: the board shows it once, whole.
+    EXPECT_EQ(board.output().count(QStringLiteral("EVENT 3")), 1) << board.output().toStdString();
     EXPECT_TRUE(QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\\] ")).match(line).hasMatch())
         << line.toStdString();
 
@@ -69,6 +74,32 @@ TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
     EXPECT_EQ(board.signal(SIGINT, 5000), 0);
     EXPECT_TRUE(board.output().contains(QStringLiteral("board closed")));
     EXPECT_FALSE(board.output().contains(QStringLiteral("9.999")));
+}
+
+TEST(VirtualBoard, KnowsWhiteWayAndBarcoFramesAndShowsEachChangeOnce)
+{
+    BoardProcess board({QStringLiteral("--udp"), QStringLiteral("0"), QStringLiteral("--bind"),
+                        QStringLiteral("127.0.0.1")});
+    const QString listening = board.waitForLine(QStringLiteral("listening on udp 127\\.0\\.0\\.1:\\d+$"));
+    ASSERT_FALSE(listening.isEmpty()) << board.output().toStdString();
+    OutputStation station(QStringLiteral("UDP"), listening.section(QLatin1Char(':'), -1));
+    WhiteWayWriter whiteWay(station.record, station.transport, station.meet, station.trace);
+    BarcoWriter barco(station.record, station.transport, station.trace);
+
+    station.context.writer = &whiteWay;
+    station.meet.useDBonus = true;
+    station.lines.FillEventLine(routine(), 1);
+    EXPECT_FALSE(board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss .*9\\.650.*@ Valley Twisters")).isEmpty())
+        << board.output().toStdString();
+
+    // The whole block twice: only the line it changes is shown, once.
+    station.record.pack(layout::nowUpName(2), QStringLiteral("Ana Bell"));
+    ASSERT_EQ(barco.SendBarcoRecord(), DeviceErrors::Success);
+    ASSERT_EQ(barco.SendBarcoRecord(), DeviceErrors::Success);
+    EXPECT_FALSE(board.waitForLine(QStringLiteral("NOW UP 2  -  +# +Ana Bell")).isEmpty()) << board.output().toStdString();
+    EXPECT_EQ(board.signal(SIGINT, 5000), 0);
+    EXPECT_EQ(board.output().count(QStringLiteral("EVENT 3")), 1) << board.output().toStdString();
+    EXPECT_EQ(board.output().count(QStringLiteral("Ana Bell")), 1) << board.output().toStdString();
 }
 
 TEST(VirtualBoard, ReadsASerialLine)

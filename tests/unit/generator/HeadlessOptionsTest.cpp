@@ -154,7 +154,9 @@ TEST(HeadlessOptionsTest, badLinesAreRefusedWithTheirMessage)
         {args({"--set", "Options/UDPPort=70000"}),
          "--set: Options/UDPPort=70000: a whole number from 0 to 65535"},
         {args({"--set", "Options/IPAddr=1.2.3.256"}),
-         "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1"},
+         "--set: Options/IPAddr=1.2.3.256: an IPv4 address such as 127.0.0.1, or a host name"},
+        {args({"--set", "Options/IPAddr=board one"}),
+         "--set: Options/IPAddr=board one: an IPv4 address such as 127.0.0.1, or a host name"},
         {args({"--set", "Options/UseBarco=maybe"}), "--set: Options/UseBarco=maybe: 1 or 0"},
         {args({"--set", "Options/COMPort=COM9"}),
          "--set: Options/COMPort=COM9: COM1 to COM4, UDP, or the path of a serial device such as "

@@ -49,7 +49,9 @@ void expectOneBox(const MainRig &rig, PromptIcon icon, const QString &caption = 
 }
 
 // The targets this build can send to.
-const QStringList kTargetsWithWriters = {QStringLiteral("rdoDaktronics")};
+const QStringList kTargetsWithWriters = {QStringLiteral("rdoDaktronics"), QStringLiteral("rdoBarco"),
+                                         QStringLiteral("rdoWhiteWay"), QStringLiteral("rdoFile"),
+                                         QStringLiteral("rdoXML")};
 
 // A refused Start leaves the window stopped and unlocked.
 void expectRefusedStart(MainRig &rig)
@@ -168,6 +170,26 @@ TEST_F(KestraMainTest, TheWindowOpensStoppedWithItsTitleAndCaptions)
         EXPECT_FALSE(rig.main().timer(t).isActive()) << t;
 }
 
+TEST(KestraMainPreparedTest, TheXmlTargetWritesTheChosenFileOnTheRecordTickAndShowsTheOutcome)
+{
+    MainRig rig({}, "UseXML=1\n");
+    ASSERT_TRUE(rig.open());
+    ASSERT_TRUE(rig.main().start());
+    rig.main().Timer2Timer();
+    EXPECT_EQ(rig(S("lblStatus")).text(), S("FAILED")); // no file chosen: five attempts, no box
+    EXPECT_TRUE(rig.prompt.messages.empty());
+    rig.main().stop();
+    const QString path = rig.dir.file(S("scoring.xml"));
+    rig.main().hooks().selectFile = [&](const KestraMain::FileRequest &) { return path; };
+    rig(S("btnSelectFile")).click();
+    ASSERT_TRUE(rig.main().start());
+    rig.main().Timer2Timer();
+    EXPECT_EQ(rig(S("lblStatus")).text(), S("Success"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().startsWith("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<scoring>\r\n"));
+}
+
 TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
 {
     const struct {
@@ -191,6 +213,9 @@ TEST(KestraMainPreparedTest, StoredTargetFlagsPickTheButtonAndTheFileControls)
         EXPECT_EQ(rig(S("btnSelectFile")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("lblStatus")).isVisible(), c.fileControls);
         EXPECT_EQ(rig(S("chkSTXETX")).isVisible(), c.stxetx);
+        if (const DisplayWriter *writer = rig.main().checkedWriter()) {
+            EXPECT_EQ(writer->targetName(), S(c.checked));
+        }
     }
     MainRig rig({}, "UseXML=1\nOutputFileName=/srv/board.xml\nSTXETX=1\nNCAAMode=1\n");
     ASSERT_TRUE(rig.main().create());

@@ -1,5 +1,11 @@
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
+#include "outputs/DebugTrace.h"
+#include "outputs/DeviceTransport.h"
+#include "outputs/MeetFlags.h"
+#include "outputs/WhiteWay.h"
+
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -131,7 +137,7 @@ TEST(BoardMirror, AnEventLinePrintsWithItsGymAndBonuses)
     EXPECT_EQ(board.apply({0, blank}), QStringList{QStringLiteral("EVENT 1  VAULT   (blank)")});
 }
 
-TEST(BoardMirror, NowUpLeaderNcaaAndMatrixInShortForm)
+TEST(BoardMirror, NowUpLeaderNcaaAndMatrixAsTheBoardShowsThem)
 {
     BoardMirror board;
     EXPECT_EQ(board.apply({5611, QByteArray("RINGS 7   Kira Moss").leftJustified(50) + QByteArray("Valley").leftJustified(20)}),
@@ -149,14 +155,107 @@ TEST(BoardMirror, NowUpLeaderNcaaAndMatrixInShortForm)
     QByteArray group(362, ' ');
     group.replace(0, 8, "Michigan");
     group.replace(20, 5, "FLOOR");
-    group.replace(26, 8, "Ana Bell");
+    group.replace(26, 14, "Ana Bell");
+    group.replace(66, 5, "9.850");
     group.replace(302, 14, " 49.300197.050");
-    EXPECT_EQ(board.apply({1899, group}),
-              QStringList{QStringLiteral("NCAA 1  Michigan  FLOOR  lineup 1  event 49.300  team 197.050")});
+    board.apply({1899, group});
+    board.apply({5045, QByteArray("49.100") + QByteArray(12, ' ') + "49.300" + QByteArray(192, ' ')});
+    EXPECT_EQ(board.ncaaGroup(1), (QStringList{QStringLiteral("NCAA 1  Michigan  on FLOOR  event 49.300  team 197.050"),
+                                               QStringLiteral("    1  Ana Bell                   9.850"),
+                                               QStringLiteral("    by event  49.100  -  -  49.300  -  -")}));
 
     QByteArray matrix(308, ' ');
     matrix.replace(0, 5, "VAULT");
-    matrix.replace(48, 29, QByteArray(" 1Oklahoma").leftJustified(22) + "198.175");
-    EXPECT_EQ(board.apply({2861, matrix}), QStringList{QStringLiteral("MATRIX  [VAULT]  1 Oklahoma 198.175")});
+    matrix.replace(48, 35, QByteArray(" 1Oklahoma").leftJustified(22) + "198.175" + "49.350");
+    EXPECT_EQ(board.apply({2861, matrix}),
+              (QStringList{QStringLiteral("MATRIX  VAULT"),
+                           QStringLiteral("     1  Oklahoma              198.175  49.350  -  -  -  -  -")}));
     EXPECT_TRUE(board.apply({3169, QByteArray(260, ' ')}).isEmpty());
+}
+
+TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStream)
+{
+    DisplayRecord source;
+    for (int i = 0; i < DisplayRecord::size(); ++i)
+        source.pack(Field{i, 1}, QByteArrayView(QByteArray(1, char('a' + i % 26))));
+    DeviceTransport unused;
+    FixedMeetFlags meet;
+    meet.useJNBonus = true;
+    DebugTrace trace;
+    WhiteWayWriter writer(source, unused, meet, trace);
+    QByteArray frames;
+    for (int s = 1; s <= 6; ++s)
+        frames += writer.eventFrame(s) + writer.nowUpFrame(s);
+    for (int p = 1; p <= 3; ++p)
+        frames += writer.leaderFrame(p);
+    frames += writer.ncaaFrame() + writer.matrixFrame();
+
+    // A board holds all but what no page carries: the unused bytes of event
+    // lines and group 1, the ninth leader lines, the NCAA event scores.
+    QByteArray expected = source.bytes();
+    std::vector<Field> unsent{{2215, 46}, layout::kNcaaEventScores};
+    for (int i = 1; i <= 6; ++i)
+        unsent.push_back({layout::eventLine(i).offset + 71, 10});
+    for (int p = 1; p <= 3; ++p)
+        unsent.push_back({layout::leaderPage(p).offset + 30 + 8 * 49, 49});
+    for (const Field &f : unsent)
+        expected.replace(f.offset, f.length, QByteArray(f.length, ' '));
+
+    for (const qsizetype bite : {qsizetype(0), qsizetype(7)}) { // whole datagrams, then a stream in bites
+        BoardMirror board;
+        WhiteWayDecoder decoder;
+        QStringList errors;
+        for (qsizetype at = 0; at < frames.size();) {
+            const qsizetype size = bite ? qMin(bite, frames.size() - at) : frames.indexOf('\n', at) + 1 - at;
+            const QByteArrayView piece = QByteArrayView(frames).sliced(at, size);
+            const DecodeResult r = bite ? decoder.feed(piece) : decoder.decodeDatagram(piece);
+            errors += r.errors;
+            for (const BoardFrame &f : r.frames)
+                board.apply(f);
+            at += size;
+        }
+        EXPECT_TRUE(errors.isEmpty()) << errors.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(board.record().bytes(), expected) << "bite " << bite;
+    }
+}
+
+TEST(WhiteWayDecoder, BadFramesAreRejectedAndABackslashInAFieldIsWarnedOf)
+{
+    const QByteArray nowUp = "w\\99999\\501\\" + QByteArray(6, ' ') + "\\" + QByteArray(4, ' ') + "\\A\\B" +
+                             QByteArray(37, ' ') + "\\" + QByteArray(20, ' ') + "\\\\\r\n";
+    WhiteWayDecoder decoder;
+    const DecodeResult good = decoder.decodeDatagram(nowUp);
+    ASSERT_EQ(good.frames.size(), 4u);
+    EXPECT_EQ(good.frames[2].address, 5271);
+    EXPECT_EQ(good.warnings.size(), 1);
+    const struct {
+        QByteArray frame;
+        const char *reason;
+    } cases[] = {
+        {nowUp.left(88), "not 88 bytes"},
+        {QByteArray(nowUp).replace(8, 3, "599"), "unknown page 599"},
+        {QByteArray(nowUp).replace(18, 1, " "), "no backslash before field 2"},
+    };
+    for (const auto &c : cases) {
+        const DecodeResult r = decoder.decodeDatagram(c.frame);
+        EXPECT_TRUE(r.frames.empty()) << c.reason;
+        ASSERT_EQ(r.errors.size(), 1) << c.reason;
+        EXPECT_TRUE(r.errors[0].contains(QLatin1String(c.reason))) << r.errors[0].toStdString();
+    }
+}
+
+TEST(BarcoDecoder, TheWholeBlockFromADatagramOrAStreamThatAnAutoDecoderKeepsTo)
+{
+    const QByteArray block = QByteArray("VAULT").leftJustified(5699, ' ');
+    const QByteArray frame = '\x02' + block + '\x03';
+    EXPECT_EQ(BarcoDecoder().decodeDatagram(frame).frames.at(0).data, block);
+    EXPECT_TRUE(BarcoDecoder().decodeDatagram(frame.left(5700)).errors.at(0).contains(QLatin1String("5700 bytes")));
+
+    AutoDecoder stream;
+    EXPECT_TRUE(stream.feed(frame.left(3000)).frames.empty());
+    const DecodeResult r = stream.feed(frame.mid(3000) + QByteArray(frame).replace(5700, 1, "x") + frame);
+    EXPECT_EQ(stream.protocol(), QStringLiteral("Barco"));
+    ASSERT_EQ(r.frames.size(), 2u); // the one completed, the bad one dropped, the next one
+    EXPECT_EQ(r.frames[1].data, block);
+    EXPECT_TRUE(r.errors.join(QLatin1Char(' ')).contains(QLatin1String("no end byte 0x03")));
 }

@@ -179,6 +179,36 @@ TEST(DeviceTransport, UdpNeedsNoBaseAddressSendsOneDatagramPerFrameAndFollowsIts
     }
 }
 
+TEST(DeviceTransport, AHostNameIsLookedUpInTheBackgroundWhileFramesWaitInOrder)
+{
+    Receiver board;
+    DeviceTransport transport;
+    transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("localhost"), board.port());
+    EXPECT_TRUE(transport.isUdpResolving()); // the answer comes on the event loop, not in this call
+    EXPECT_FALSE(transport.isUdpConnected());
+    EXPECT_EQ(transport.SendDeviceData("line 1"), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("block 1", FrameKind::Record), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("line 2"), DeviceErrors::Success);
+    EXPECT_EQ(transport.SendDeviceData("block 2", FrameKind::Record), DeviceErrors::Success);
+    EXPECT_EQ(board.take(3), (QList<QByteArray>{"line 1", "block 2", "line 2"}));
+    EXPECT_FALSE(transport.isUdpResolving());
+    EXPECT_EQ(transport.SendDeviceData("line 3"), DeviceErrors::Success);
+    EXPECT_EQ(board.take(1), QList<QByteArray>{"line 3"});
+}
+
+TEST(DeviceTransport, AHostNameThatDoesNotResolveIsCodeTwoWithTheReason)
+{
+    DeviceTransport transport;
+    transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("no-such-host.invalid"), QStringLiteral("40001"));
+    EXPECT_EQ(transport.SendDeviceData("held"), DeviceErrors::Success);
+    ASSERT_TRUE(waitUntil([&] { return !transport.isUdpResolving(); }, std::chrono::seconds(20)));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::SendFailed);
+        EXPECT_TRUE(transport.lastFailure().startsWith(QStringLiteral("cannot resolve \"no-such-host.invalid\"")))
+            << transport.lastFailure().toStdString();
+    }
+}
+
 TEST(DeviceTransport, UdpWithAnUnusableDestinationIsCodeTwo)
 {
     DeviceTransport transport;

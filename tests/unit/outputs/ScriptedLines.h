@@ -20,6 +20,7 @@ namespace kestra::test {
 struct ScriptedLineLog {
     QStringList opened;
     QList<QByteArray> written;
+    QList<FrameKind> kinds;
     int closes = 0;
     bool refuseOpen = false;
     std::deque<bool> writeResults; // front first; true when empty
@@ -34,7 +35,7 @@ public:
         m_log.opened.append(device);
         return !m_log.refuseOpen;
     }
-    bool write(QByteArrayView data) override
+    bool write(QByteArrayView data, FrameKind kind) override
     {
         if (m_log.onWrite)
             m_log.onWrite(data);
@@ -43,8 +44,10 @@ public:
             ok = m_log.writeResults.front();
             m_log.writeResults.pop_front();
         }
-        if (ok)
+        if (ok) {
             m_log.written.append(data.toByteArray());
+            m_log.kinds.append(kind);
+        }
         return ok;
     }
     void close() override { ++m_log.closes; }
