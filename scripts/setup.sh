@@ -7,7 +7,7 @@ packages=(
   libsqlite3-dev sqlite3 libpq-dev postgresql mariadb-server libmariadb-dev
   libgtest-dev googletest libbenchmark-dev
   libavahi-client-dev
-  socat xvfb xauth
+  socat xvfb xauth locales
   avahi-daemon dbus-daemon iproute2  # a private mDNS responder for the discovery tests
 )
 missing=()
