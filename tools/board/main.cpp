@@ -4,6 +4,7 @@
 // line per part that changed, once the frames of one send have all arrived.
 #include "outputs/BoardDecoder.h"
 #include "outputs/BoardMirror.h"
+#include "support/Formatting.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -127,13 +128,14 @@ private:
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    useCNumberConventions();
     QCoreApplication::setApplicationName(QStringLiteral("kestra-board"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("kestra-board: a virtual scoreboard. It reads Daktronics, White Way or Barco frames from a "
+        QStringLiteral("A virtual scoreboard. It reads Daktronics, White Way or Barco frames from a "
                        "UDP port or a serial line and prints what a board shows, one line per score."));
-    parser.addHelpOption();
+    const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption udpOption(QStringLiteral("udp"), QStringLiteral("Listen for frames on this UDP port (0: any free port)."),
                                        QStringLiteral("PORT"));
     const QCommandLineOption bindOption(QStringLiteral("bind"),
@@ -151,7 +153,17 @@ int main(int argc, char **argv)
         QStringLiteral("frames"),
         QStringLiteral("Raw view: print every good frame as it arrives, with the lines it changed."));
     parser.addOptions({udpOption, bindOption, serialOption, formatOption, framesOption});
-    parser.process(app);
+    if (!parser.parse(QCoreApplication::arguments())) {
+        std::fprintf(stderr, "kestra-board: %s (see --help)\n", qPrintable(parser.errorText()));
+        return 2;
+    }
+    if (parser.isSet(helpOption)) {
+        // Named as a person types it, not by the path it was started from.
+        QString help = parser.helpText();
+        help.replace(0, help.indexOf(QLatin1Char(' '), 7), QStringLiteral("Usage: kestra-board"));
+        std::fputs(help.toLocal8Bit().constData(), stdout);
+        return 0;
+    }
 
     const QString format = parser.value(formatOption).trimmed().toLower().remove(QLatin1Char('-'));
     if (!decoderFor(format)) {

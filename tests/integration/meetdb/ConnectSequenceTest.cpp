@@ -297,3 +297,16 @@ TEST(ConnectSequenceOnPostgres, WhenBothFailTheReasonIsTheLastAttempts)
     EXPECT_EQ(prompt.messages[1].instruction, QStringLiteral("Kestra was unable to connect to the server \"Empty\"."));
     EXPECT_EQ(prompt.messages[1].details, first);
 }
+
+TEST(ConnectSequenceOnPostgres, AUriNamesTheServerTheRoleAndTheDatabase)
+{
+    World w(StoreBackend::Postgres);
+    const QString uri = QStringLiteral("postgresql://postgres@127.0.0.1:%1/%2?connect_timeout=3")
+                            .arg(sharedPostgres().port)
+                            .arg(w.alias.toLower());
+    QString error;
+    auto c = connectForRun({uri, QString(), QString()}, w.key, &error);
+    ASSERT_TRUE(c) << error.toStdString();
+    EXPECT_TRUE(c->isConnected());
+    EXPECT_EQ(c->store().query(QStringLiteral("select count(*) from DBVersion")).recordCount(), 1);
+}

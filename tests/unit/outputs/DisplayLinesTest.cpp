@@ -139,6 +139,16 @@ TEST_F(DisplayLinesTest, NameFormatsReachTheLine)
         lines.FillEventLine(routine(1), 1);
         EXPECT_EQ(record.read(layout::eventName(1)).trimmed(), QByteArray(expected[format])) << format;
     }
+    // Composed as written, as the now-up line is: an empty first name keeps
+    // its separator.
+    EventSlot noFirstName = routine(1);
+    noFirstName.FName.clear();
+    context.format = 0;
+    lines.FillEventLine(noFirstName, 1);
+    EXPECT_EQ(record.read(layout::eventName(1)), QByteArray(" Arden").leftJustified(40, ' '));
+    context.format = 1;
+    lines.FillEventLine(noFirstName, 1);
+    EXPECT_EQ(record.read(layout::eventName(1)), QByteArray("Arden, ").leftJustified(40, ' '));
 }
 
 TEST_F(DisplayLinesTest, DisplaySlotIsTheRankAmongTickedEvents)

@@ -87,16 +87,39 @@ TEST_F(SetupUnitsTest, AnInterfaceOutsideTheListSelectsNothingAndIsWrittenEmpty)
     EXPECT_EQ(readBack().COMPort, QString()) << "the empty text, not the default";
 }
 
-TEST_F(SetupUnitsTest, ChoicesOutsideTheRadioGroupsAreLeftAsStored)
+TEST_F(SetupUnitsTest, ChoicesOutsideTheRadioGroupsGoBackAsReadButTheBaseAddressIsLeftAlone)
 {
-    open("[Options]\nBaseAddr=768\nNameFormat=9\nNCAATeam=-1\n");
+    // Leading zeros show which values are written again and which are not.
+    open("[Options]\nBaseAddr=0768\nNameFormat=09\nNCAATeam=-1\n");
     EXPECT_EQ(c("rgrpAddr").currentIndex(), -1);
     EXPECT_EQ(c("rgrpNameFormat").currentIndex(), -1);
     EXPECT_EQ(c("rgrpTeam").currentIndex(), -1);
     ASSERT_TRUE(setup->FormClose());
-    EXPECT_EQ(file(), "[Options]\nBaseAddr=768\nNameFormat=9\nNCAATeam=-1\nComPort=COM2\nUDPPort=12345\n"
+    EXPECT_EQ(file(), "[Options]\nBaseAddr=0768\nNameFormat=9\nNCAATeam=-1\nComPort=COM2\nUDPPort=12345\n"
                       "IPAddr=255.255.255.255\nInterval=60\nIntervalMax=180\nCycleRate=20\nMySQLServer=\n"
                       "MySQLDatabase=\nMySQLUser=\nMySQLPass=\nUseSingleNCAA=1\n");
+}
+
+TEST_F(SetupUnitsTest, TheMachinesSerialDevicesAreOfferedAndAStoredDevicePathIsKept)
+{
+    put(key.filePath(), "[Options]\nComPort=/dev/ttyUSB3\nBaseAddr=760\n");
+    KestraSettings working;
+    working.readAtShow(key);
+    setup = std::make_unique<SetupUnits>(working, key, [this] { ++portCloses; });
+    setup->setSerialDevices({S("/dev/ttyACM0"), S("/dev/ttyUSB0")});
+    setup->FormCreate();
+    EXPECT_EQ(c("cboCOMPort").items(), (QStringList{S("COM1"), S("COM2"), S("COM3"), S("COM4"), S("UDP"),
+                                                    S("/dev/ttyACM0"), S("/dev/ttyUSB0"), S("/dev/ttyUSB3")}))
+        << "the unplugged adapter stays on offer";
+    EXPECT_EQ(c("cboCOMPort").text(), S("/dev/ttyUSB3"));
+    EXPECT_TRUE(c("rgrpAddr").isEnabled());
+    EXPECT_EQ(c("rgrpAddr").currentIndex(), 1);
+    c("cboCOMPort").operatorSelect(5);
+    EXPECT_EQ(c("rgrpAddr").currentIndex(), 1) << "a device keeps the base address";
+    EXPECT_EQ(portCloses, 1);
+    c("cboCOMPort").operatorSelect(7);
+    ASSERT_TRUE(setup->FormClose());
+    EXPECT_EQ(readBack().COMPort, S("/dev/ttyUSB3"));
 }
 
 TEST_F(SetupUnitsTest, AChangeOfInterfacePairsTheBaseAddressAndClosesThePort)
