@@ -111,7 +111,7 @@ TEST(KestraMainPreparedTest, ShowingOnASeededStoreSelectsTheLastMeetOfTheScoring
         SCOPED_TRACE(c.lastMeet.toInt());
         MainRig rig([&](MeetStore &s) { s.execute(S("update Host set LastMeet = %1").arg(c.lastMeet.toInt())); });
         ASSERT_TRUE(rig.open());
-        EXPECT_EQ(rig(S("dblcboMeets")).items(), (QStringList{S("Spring Classic 2024"), S("Winter Quad 2024")}));
+        EXPECT_EQ(rig(S("dblcboMeets")).items(), (QStringList{S("Spring Classic 2024"), S("Winter Quad 2024"), S("Collegiate Six 2024")}));
         EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), c.meetIndex);
         EXPECT_EQ(rig(S("dblcboEvent1")).property(S("key")).toInt(), c.eventKey.toInt());
         EXPECT_EQ(rig(S("dblcboEvent2")).property(S("key")).toInt(), c.eventKey.toInt());

@@ -16,11 +16,11 @@ QStringList rowNames(int i, int side)
     return names;
 }
 
-// A third meet without sessions, and an event group without apparatus.
+// A meet without sessions, and an event group without apparatus.
 void addBareMeet(MeetStore &s)
 {
     s.insertRow(S("Events"), {{S("EventID"), 9}, {S("Group"), S("Empty")}, {S("NumEvents"), 0}});
-    s.insertRow(S("Meets"), {{S("MeetID"), 3}, {S("Name"), S("Bare Meet")}, {S("Def_EventID"), 2}});
+    s.insertRow(S("Meets"), {{S("MeetID"), 9}, {S("Name"), S("Bare Meet")}, {S("Def_EventID"), 2}});
 }
 
 } // namespace
@@ -40,7 +40,7 @@ TEST_F(SelectionTest, TheSessionBoxesListTheSessionsOfTheSelectedMeet)
     } cases[] = {
         {1, {S("1"), S("2"), S("3")}, {S("Levels 4-5"), S("Levels 6-8"), S("Men Levels 5-8")}, 1},
         {2, {S("1")}, {S("Quad meet")}, 3},
-        {3, {}, {}, 2},
+        {9, {}, {}, 2},
         {1, {S("1"), S("2"), S("3")}, {S("Levels 4-5"), S("Levels 6-8"), S("Men Levels 5-8")}, 1},
     };
     for (const auto &c : cases) {
@@ -200,7 +200,7 @@ TEST_F(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
         {"column 2 session 3", [&] { return rig.main().selection().setSessions(2, {S("3")}); }, 6, 0},
         {"single again", [&] { return rig.main().selection().setDual(false); }, 5, 0},
         // A meet without sessions: NumEvents alone; no events at all: no items.
-        {"bare meet", [&] { return rig.main().selection().selectMeet(3); }, 6, 0},
+        {"bare meet", [&] { return rig.main().selection().selectMeet(9); }, 6, 0},
         {"empty group", [&] { return rig.main().selection().selectEventGroup(1, 9); }, 6, 0},
         {"ncaa click", [&] { return rig.main().selection().setNcaa(false); }, 0, -1},
     };
