@@ -95,7 +95,8 @@ void NCAARotation::LoadNCAATeams(NCAATeams &teams) const
             }
         }
         QStringList sql;
-        sql << QStringLiteral("select distinct g1.gym, g2.\"short name\", g2.\"official name\" from gymnasts g1, gyms g2");
+        sql << QStringLiteral(
+            "select distinct g1.gym, g2.\"short name\", g2.\"official name\" from gymnasts g1, gyms g2");
         sql << QStringLiteral("where meetid = ") + number(meetId());
         sql << QStringLiteral("and g1.scratched = false");
         sql << QStringLiteral("and events = ") + number(fieldOf(eventGroup(panel), QStringLiteral("EventID")));
