@@ -98,7 +98,10 @@ TEST_P(NCAATeamsTest, TheTableFollowsTheRotation)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, NCAATeamsTest, testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres));
+INSTANTIATE_TEST_SUITE_P(Backends, NCAATeamsTest, testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres),
+                         [](const testing::TestParamInfo<StoreBackend> &info) {
+                             return std::string(info.param == StoreBackend::Sqlite ? "SQLite" : "PostgreSQL");
+                         });
 
 TEST(NCAATeamsOnTheBoard, OneTickSendsTheGroupsAndARotationChangeShowsAtTheNext)
 {
