@@ -13,6 +13,7 @@
 #include "outputs/TextFile.h"
 #include "outputs/WhiteWay.h"
 #include "outputs/XmlFile.h"
+#include "results/NCAARotation.h"
 #include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
@@ -116,6 +117,12 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
     m_lines = std::make_unique<DisplayLines>(m_record, *this);
     m_poll = std::make_unique<ScorePoll>(*this);
     m_cycle = std::make_unique<DisplayCycle>(*this);
+    // NCAA mode: Start builds the team table, each Timer4 tick follows the rotation.
+    const auto ncaa = std::make_shared<NCAARotation>(NCAARotation::Window{
+        [this]() -> MeetStore & { return store(); }, [this](const QString &name) { return table(name); },
+        m_controls, m_settings});
+    m_hooks.loadNcaaTeams = [this, ncaa] { ncaa->LoadNCAATeams(m_cycle->teams()); };
+    m_cycle->setTeamsRefresh([ncaa](NCAATeams &teams) { ncaa->refresh(teams); });
 
     LostConnectionHandler::Hooks lost;
     lost.stopTimers = [this] {

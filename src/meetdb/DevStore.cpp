@@ -86,6 +86,82 @@ struct SessionPlan {
     bool college;
 };
 
+// Meet 3, "Collegiate Six 2024": six college teams in one session, rotating
+// in Olympic order with two byes, so that every rotation has each apparatus
+// once and two teams resting. Each team brings eight gymnasts; seven compete
+// on an apparatus and the first six in its order count. It has a generator of
+// its own, so the meets seeded before it stay as they were.
+void seedCollegeSix(MeetStore &store)
+{
+    QRandomGenerator rng(20240302);
+    auto insert = [&](const char *table, const FieldValues &values) {
+        return store.insertRow(QString::fromLatin1(table), values);
+    };
+    insert("Meets", {{s("MeetID"), 3}, {s("Name"), s("Collegiate Six 2024")},
+                     {s("Facility"), s("Harbor State Arena")}, {s("City"), s("Long Beach")}, {s("State"), s("CA")},
+                     {s("Start_Date"), QDate(2024, 2, 17)}, {s("End_Date"), QDate(2024, 2, 17)},
+                     {s("Director"), s("Morgan Ellis")}, {s("UseAgeDiv"), false}, {s("Num_Judges"), 2},
+                     {s("Def_EventID"), 3}, {s("ScoreMethod"), 0}, {s("InternationalStyle"), false},
+                     {s("NCAAMode"), true}, {s("UseDBonus"), false}, {s("UseJNBonus"), false},
+                     {s("MeetCode"), s("CS24")}});
+    insert("Gyms", {{s("GymID"), 15}, {s("Official Name"), s("Harbor State University")},
+                    {s("Short Name"), s("Harbor State")}, {s("City"), s("Long Beach")}, {s("State"), s("CA")},
+                    {s("Women"), true}, {s("Men"), false}, {s("MyGym"), false}, {s("Zone"), 1}});
+    insert("Gyms", {{s("GymID"), 16}, {s("Official Name"), s("Northern University")},
+                    {s("Short Name"), s("Northern")}, {s("City"), s("Eugene")}, {s("State"), s("OR")},
+                    {s("Women"), true}, {s("Men"), false}, {s("MyGym"), false}, {s("Zone"), 2}});
+    // Squad k starts k places further along vault, bye, bars, bye, beam, floor.
+    const QString order = s("102034");
+    FieldValues rotation = {{s("EventID"), 3}, {s("Name"), s("Six teams, two byes")}, {s("NumSquads"), 6},
+                            {s("NumByes"), 2}};
+    for (int k = 0; k < 6; ++k)
+        rotation.append({QStringLiteral("Squad%1").arg(k + 1), order.mid(k) + order.left(k)});
+    const QVariant rotationId = insert("Rotations", rotation);
+    insert("Sessions", {{s("MeetID"), 3}, {s("Session"), s("1")}, {s("Desc"), s("Six teams")},
+                        {s("SDate"), QDate(2024, 2, 17)}, {s("March_In"), QTime(18, 45)}, {s("EventID"), 3},
+                        {s("NumFlights"), 1}, {s("RotationID"), rotationId}});
+
+    const struct {
+        int gym;
+        const char *shortName;
+        const char *code;
+        const char *state;
+        const char *city;
+        QVariant teamND;
+    } teams[] = {{11, "State", "STU", "CA", "Sacramento", QVariant()},
+                 {12, "Tech", "TEC", "AZ", "Tempe", 0.0},
+                 {13, "Coastal", "COA", "CA", "Santa Cruz", QVariant()},
+                 {14, "Valley", "VAL", "CA", "Fresno", 0.0},
+                 {15, "Harbor State", "HAR", "CA", "Long Beach", -0.2},
+                 {16, "Northern", "NOR", "OR", "Eugene", QVariant()}};
+    int num = 0;
+    for (int squad = 0; squad < 6; ++squad) {
+        const auto &team = teams[squad];
+        insert("Attend", {{s("MeetID"), 3}, {s("GymID"), team.gym}, {s("Reg_Rcvd"), true}, {s("AutoCalc"), false},
+                          {s("Short_Name"), s(team.shortName)}, {s("TeamND"), team.teamND}});
+        for (int place = 1; place <= 8; ++place) {
+            ++num;
+            FieldValues v = {
+                {s("MeetID"), 3}, {s("Num"), num}, {s("First_Name"), s(pick(rng, womenFirst))},
+                {s("Last_Name"), s(pick(rng, lastNames))}, {s("Level"), s("D1")},
+                {s("Birthday"), QDate(2004, 1, 1).addDays(int(rng.bounded(1400)))},
+                {s("USAG"), QString::number(400000 + int(rng.bounded(500000)))}, {s("Session"), s("1")},
+                {s("Gym"), team.gym}, {s("Team1"), s(team.code)}, {s("TSize"), s("AM")}, {s("Scratched"), false},
+                {s("Events"), 3}, {s("USCitizen"), true}, {s("Country"), s("USA")}, {s("State"), s(team.state)},
+                {s("Hometown"), s(team.city)}, {s("Squad"), QString(QChar(u'A' + squad))}, {s("Order"), place},
+                {s("AAFlag"), place <= 3}, {s("TwoAttempts"), false}};
+            for (int e = 1; e <= 4; ++e) {
+                const int eventOrder = (place - 1 + (e - 1) * 3) % 8 + 1;
+                if (eventOrder > 7)
+                    continue;
+                v.append({QStringLiteral("E%1Order").arg(e), eventOrder});
+                v.append({QStringLiteral("E%1Flag").arg(e), eventOrder <= 6});
+            }
+            insert("Gymnasts", v);
+        }
+    }
+}
+
 } // namespace
 
 std::unique_ptr<MeetStore> openOrCreate(const QString &address, const QString &alias)
@@ -363,6 +439,8 @@ void seed(MeetStore &store)
         insert("JudgePanels", {{s("MeetID"), 1}, {s("Session"), s("1")}, {s("EventNum"), e},
                                {s("JudgeID"), e}, {s("Duty"), s("Panel A")}});
     }
+
+    seedCollegeSix(store);
 
     insert("Host", {{s("Name"), s("Riverside Gymnastics Academy")}, {s("City"), s("Riverside")},
                     {s("State"), s("CA")}, {s("Director"), s("Dana Whitfield")},

@@ -20,10 +20,11 @@ std::unique_ptr<MeetStore> openOrCreate(const QString &address,
 // table is dropped first.
 bool createSchema(MeetStore &store, bool force);
 
-// Fills an empty schema with a deterministic sample: two meets ("Spring
+// Fills an empty schema with a deterministic sample: three meets ("Spring
 // Classic 2024", bonuses and ScoreMethod 1; "Winter Quad 2024", a college
-// meet without bonus), women's, men's and college event groups, 14 gyms with
-// Attend rows and some neutral deductions, 284 gymnasts over 4 sessions,
+// meet without bonus; "Collegiate Six 2024", six college teams rotating with
+// two byes), women's, men's and college event groups, 16 gyms with Attend
+// rows and some neutral deductions, 332 gymnasts over 5 sessions,
 // rotations with byes, age groups by ages and by dates, age dates, one Host
 // row pointing at meet 1, and reference lists. Throws StoreError.
 void seed(MeetStore &store);

@@ -49,15 +49,16 @@ Commands:
       which drops every table and creates them again.
 
   seed ADDRESS [--force]
-      Writes a fixed sample, the same every time: two meets ("Spring Classic
-      2024", meet 1, with bonuses and ScoreMethod 1; "Winter Quad 2024", meet 2,
-      a college meet without bonus); women's (VAULT BARS BEAM FLOOR), men's
-      (FLOOR POMML RINGS VAULT PBARS HIBAR) and college event groups with
-      two-letter codes; 14 gyms with Attend rows and some team neutral
-      deductions; 284 gymnasts over 4 sessions and 10 levels with birthdays,
-      team codes, squads, apparatus orders and flags; rotations with squad
-      strings and byes; age groups by ages and by dates, age dates; one Host row
-      whose LastMeet is meet 1. Creates the schema first when the store is
+      Writes a fixed sample, the same every time: three meets ("Spring
+      Classic 2024", meet 1, with bonuses and ScoreMethod 1; "Winter Quad
+      2024", meet 2, a college meet without bonus; "Collegiate Six 2024", meet
+      3, six college teams rotating with two byes, for NCAA mode); women's
+      (VAULT BARS BEAM FLOOR), men's (FLOOR POMML RINGS VAULT PBARS HIBAR) and
+      college event groups with two-letter codes; 16 gyms with Attend rows and
+      some team neutral deductions; 332 gymnasts over 5 sessions and 10 levels
+      with birthdays, team codes, squads, apparatus orders and flags; rotations
+      with squad strings and byes; age groups by ages and by dates, age dates;
+      one Host row whose LastMeet is meet 1. Creates the schema first when the store is
       empty. A store that already holds meets is left alone unless --force,
       which recreates the schema before seeding.
 

@@ -93,7 +93,7 @@ TEST(KestraMainPreparedTest, ShowingSelectsTheLastMeetOfTheScoringProduct)
         SCOPED_TRACE(c.sql);
         MainRig rig([&](MeetStore &s) { s.execute(S(c.sql)); });
         ASSERT_TRUE(rig.open());
-        EXPECT_EQ(rig(S("dblcboMeets")).items(), (QStringList{"Spring Classic 2024", "Winter Quad 2024"}));
+        EXPECT_EQ(rig(S("dblcboMeets")).items(), (QStringList{S("Spring Classic 2024"), S("Winter Quad 2024"), S("Collegiate Six 2024")}));
         EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), c.meetIndex);
         EXPECT_EQ(rig(S("dblcboEvent2")).property("key").toInt(), c.eventKey);
         EXPECT_EQ(rig(S("cboSession2z")).items(), c.sessions);

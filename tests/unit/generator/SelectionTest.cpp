@@ -17,11 +17,11 @@ QStringList rowNames(int i, int side)
     return names;
 }
 
-// A third meet without sessions, and an event group without apparatus.
+// A meet without sessions, and an event group without apparatus.
 void addBareMeet(MeetStore &s)
 {
     s.insertRow(S("Events"), {{"EventID", 9}, {"Group", "Empty"}, {"NumEvents", 0}});
-    s.insertRow(S("Meets"), {{"MeetID", 3}, {"Name", "Bare Meet"}, {"Def_EventID", 2}});
+    s.insertRow(S("Meets"), {{"MeetID", 9}, {"Name", "Bare Meet"}, {"Def_EventID", 2}});
 }
 
 class SelectionTest : public OpenMainWindow {
@@ -44,7 +44,7 @@ TEST_F(SelectionTest, ANewMeetListsItsSessionsEmptiesTheChosenOnesAndResetsTheGr
         int eventGroup;
     } cases[] = {
         {2, {"1"}, {"Quad meet"}, 3},
-        {3, {}, {}, 2},
+        {9, {}, {}, 2},
         {1, {"1", "2", "3"}, {"Levels 4-5", "Levels 6-8", "Men Levels 5-8"}, 1},
     };
     for (const auto &c : cases) {
@@ -146,7 +146,7 @@ TEST_F(SelectionTest, TheRotationGroupIsSizedByEventsAndByesOfTheChosenSessions)
          [&] { return selection().selectEventGroup(2, 2) && selection().setSessions(2, {S("3")}); }, 6, 0},
         {"single again", [&] { return selection().setDual(false); }, 5, 0},
         // A meet without sessions: NumEvents alone.
-        {"bare meet", [&] { return selection().selectMeet(3); }, 6, 0},
+        {"bare meet", [&] { return selection().selectMeet(9); }, 6, 0},
         // No events at all: no buttons, from the next resize on.
         {"empty group, ncaa clicked", [&] { return selection().selectEventGroup(1, 9) && selection().setNcaa(false); }, 0, -1},
     };
