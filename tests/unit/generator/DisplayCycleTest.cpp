@@ -46,6 +46,12 @@ QByteArray groupBytes(const NCAATeamRecord &t)
 
 class DisplayCycleTest : public OpenMainWindow {
 protected:
+    // The cycle over team tables the tests set by hand, not read afresh.
+    void SetUp() override
+    {
+        OpenMainWindow::SetUp();
+        cycle().setTeamsRefresh({});
+    }
     DisplayCycle &cycle() { return rig.main().cycle(); }
     QByteArray at(int offset, int length) { return rig.record.bytes().mid(offset, length); }
     QString groupTeam(int group) { return rig.record.text(layout::ncaaTeam(group)).trimmed(); }
