@@ -227,24 +227,11 @@ TEST_P(ConnectSequence, ARunConnectsByNameOrAddressAndWritesNothingShared)
     EXPECT_TRUE(prompt.messages.empty());
     EXPECT_EQ(w.storedName(), QStringLiteral("Elsewhere"));
 
-    // Every dialog is answered No; the reason comes back as one line.
-    const struct {
-        RunServer server;
-        QString errorStart;
-    } failures[] = {
-        {{QString(), QString(), w.alias}, "no meet server is chosen"},
-        {{QString(), QStringLiteral("Nowhere"), w.alias}, "Kestra was unable to find the server \"Nowhere\""},
-        {{w.unreachable, QString(), w.alias}, "Kestra was unable to connect to the server"},
-        {{w.address, QString(), w.alias + QStringLiteral("_absent")}, "The \"Marlowen\" database alias could not be found"},
-    };
-    for (const auto &f : failures) {
-        error.clear();
-        if (f.server.serverName.isEmpty() && f.server.address.isEmpty()) {
-            ASSERT_TRUE(RegisteredServers(w.key).setCurrentServerName(QString()));
-        }
-        EXPECT_FALSE(connectForRun(f.server, w.key, prompt, &error));
-        EXPECT_TRUE(error.startsWith(f.errorStart)) << error.toStdString();
-    }
+    // Every dialog is answered No; the reason comes back as one line (the
+    // headless program's refusals hold the other reasons).
+    ASSERT_TRUE(RegisteredServers(w.key).setCurrentServerName(QString()));
+    EXPECT_FALSE(connectForRun({QString(), QString(), w.alias}, w.key, prompt, &error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("no meet server is chosen"))) << error.toStdString();
     w.setVersion(0x050A0400);
     EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
