@@ -1,9 +1,9 @@
 // The display clockwork of the main window: the record targets' timer, the
-// NCAA team blocks and "Clear Events". Targets this build has no writer for
-// yet stand in as recording writers; Daktronics is the real one, over UDP.
+// NCAA team blocks and "Clear Events". Recording writers stand in for the
+// targets to show which parts each one is handed; what a writer makes of a
+// part is its own test's.
 #include "generator/DisplayCycle.h"
 
-#include "outputs/Daktronics.h"
 #include "support/MainRig.h"
 
 #include <gtest/gtest.h>
@@ -184,38 +184,6 @@ TEST_F(DisplayCycleTest, NcaaGoesOnlyToBoardsAndAFailureIsToldWithTheBlankingWor
     EXPECT_EQ(rig.prompt.messages[0].text, S("Error blanking event score\r\rThe COM port to use has not been defined"));
 }
 
-TEST_F(DisplayCycleTest, ClearEventsSendsTheWholeBoardBlankButTheTitles)
-{
-    ASSERT_TRUE(rig.main().selection().selectMeet(2)); // no bonuses: a line and its gym
-    ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 2, 4}));
-    rig.newFrames();
-    rig.record.pack(layout::eventName(2), S("left over"));
-    rig.record.pack(layout::leaderTitle1(1), S("Vault Leaders"));
-    const int used[] = {1, 2, 3};
-    rig(S("btnClear")).click();
-
-    auto frame = [](int address, const char *title, int width) {
-        return DaktronicsFrame(address, QByteArray(title).leftJustified(width, ' '));
-    };
-    QList<QByteArray> expected;
-    const char *titles[] = {"VAULT", "BARS", "FLOOR"};
-    for (int s : used)
-        expected << frame(81 * (s - 1), titles[s - 1], 81) << frame(2261 + 20 * (s - 1), "", 20);
-    for (int s : used)
-        expected << frame(5191 + 70 * s, titles[s - 1], 70);
-    for (int page = 0; page < 3; ++page)
-        expected << frame(486 + 471 * page, "", 471) << frame(2381 + 160 * page, "", 160);
-    expected << frame(1899, "", 362);
-    for (int group = 0; group < 5; ++group)
-        expected << frame(3465 + 316 * group, "", 316);
-    expected << frame(5045, "", 216) << frame(2861, "", 308) << frame(3169, "", 260);
-    EXPECT_EQ(rig.newFrames(int(expected.size())), expected);
-    EXPECT_TRUE(rig.prompt.messages.empty());
-
-    ASSERT_TRUE(rig.main().start());
-    EXPECT_FALSE(rig(S("btnClear")).isEnabled()) << "while stopped only";
-}
-
 TEST_F(DisplayCycleTest, ClearSendsEveryPartTheTargetTakesAndRestoresTheTitles)
 {
     ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 2, 4}));
@@ -247,6 +215,10 @@ TEST_F(DisplayCycleTest, ClearSendsEveryPartTheTargetTakesAndRestoresTheTitles)
         }
         EXPECT_EQ(rig.record.bytes(), expected);
     }
+
+    ASSERT_TRUE(rig.main().start());
+    EXPECT_FALSE(rig(S("btnClear")).isEnabled()) << "while stopped only";
+    rig.main().stop();
 
     // In dual display side 2's lines follow side 1's.
     ASSERT_TRUE(rig.main().selection().setSessions(1, {S("1")}));

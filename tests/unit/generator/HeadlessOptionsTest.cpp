@@ -35,19 +35,10 @@ TEST(HeadlessOptionsTest, goodLinesGiveTheirOptions)
     } lines[] = {
         {"nothing at all: the stored server, every default", {},
          [](const HeadlessOptions &o) {
-             EXPECT_TRUE(o.storeAddress.isEmpty());
-             EXPECT_TRUE(o.serverName.isEmpty());
-             EXPECT_FALSE(o.meetId);
-             EXPECT_FALSE(o.columns[0].eventGroup);
-             EXPECT_TRUE(o.columns[0].sessions.isEmpty());
+             EXPECT_TRUE(o.storeAddress.isEmpty() && o.serverName.isEmpty() && o.overrides.empty());
+             EXPECT_FALSE(o.meetId || o.columns[0].eventGroup || o.dual || o.ncaa || o.rotation || o.target || o.help);
              EXPECT_EQ(o.columns[0].events, allEvents);
              EXPECT_FALSE(o.columns[0].eventsGiven);
-             EXPECT_FALSE(o.dual);
-             EXPECT_FALSE(o.ncaa);
-             EXPECT_FALSE(o.rotation);
-             EXPECT_FALSE(o.target);
-             EXPECT_TRUE(o.overrides.empty());
-             EXPECT_FALSE(o.help);
          }},
         {"the demo's line",
          args({"--store", "/tmp/meet", "--meet", "1", "--group", "2", "--sessions", "1,2", "--events",

@@ -113,14 +113,11 @@ TEST(KestraMainPreparedTest, AConnectionGivenUpOrAStoreThatCannotOpenEndsTheProg
     QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
     EXPECT_FALSE(main.create());
     EXPECT_EQ(quits, 1);
-    main.show();
-    EXPECT_FALSE(main.isShown());
     EXPECT_FALSE(main.start());
     EXPECT_EQ(connection.attempts, 1);
     const QString settingsBefore = readIni(rig);
     EXPECT_TRUE(main.close());
     EXPECT_EQ(readIni(rig), settingsBefore);
-    EXPECT_EQ(main.title(), S("Kestra v%1 - Jumbotron Display Generator, Server: ").arg(S(version::productVersion)));
 
     // Giving up a change of server ends the program too.
     GivenUpConnection again;
@@ -558,34 +555,12 @@ TEST_F(KestraMainTest, NowUpDatagramsReachTheBoardFromShowToClose)
     EXPECT_FALSE(rig.main().listeners().isListening(NowUpListeners::Channel::Line));
 }
 
-TEST_F(KestraMainTest, TheButtonsReachTheirWindowsAndTheDebugBoxTheTrace)
+TEST_F(KestraMainTest, TheDebugBoxTurnsTheTraceOfEveryFrameOn)
 {
-    QStringList opened;
-    auto &h = rig.main().hooks();
-    h.showOutputStatus = [&] { opened << S("status"); };
-    h.showResults = [&] { opened << S("results"); };
-    h.showAbout = [&] { opened << S("about"); };
-    h.showSample = [&] { opened << S("sample"); };
-    for (const char *button : {"Button1", "dxbtnDisplayResults", "dxbtnAbout", "btnShowTest"})
-        rig(S(button)).click();
-    EXPECT_EQ(opened, (QStringList{"status", "results", "about", "sample"}));
-
-    // The debug box turns the trace of every frame on.
     rig.main().trace().setPath(rig.dir.file(S("DebugIOOutput.txt")));
     rig.main().lines().FillNowUpLine(1, 1, S("7"), S("Off"), S(""));
     EXPECT_FALSE(QFile::exists(rig.main().trace().path()));
     rig(S("chkDebugIO")).operatorSetChecked(true);
     rig.main().lines().FillNowUpLine(1, 1, S("8"), S("On"), S(""));
     EXPECT_TRUE(QFile::exists(rig.main().trace().path()));
-
-    // A cancelled file dialog keeps the name.
-    ASSERT_TRUE(rig.main().selectTarget(OutputTarget::File));
-    QStringList answers = {S("/srv/a.txt"), QString()};
-    rig.main().hooks().selectFile = [&](const KestraMain::FileRequest &r) {
-        EXPECT_EQ(r.filter, S("Text Files|*.TXT"));
-        return answers.takeFirst();
-    };
-    rig(S("btnSelectFile")).click();
-    rig(S("btnSelectFile")).click();
-    EXPECT_EQ(rig(S("lblFileName")).text(), S("/srv/a.txt"));
 }

@@ -1,5 +1,4 @@
 #include "generator/NowUpParse.h"
-#include "support/Formatting.h"
 
 #include <gtest/gtest.h>
 
@@ -108,38 +107,6 @@ TEST(NowUpXmlParse, Datagrams)
     };
     for (const Case &c : cases)
         check(c, parseNowUpXml(c.datagram, 0));
-}
-
-TEST(NowUpXmlParse, NameByNameFormat)
-{
-    const struct {
-        int format;
-        const char *first;
-        const char *last;
-        const char *name;
-    } cases[] = {
-        {0, "Ann", "Lee", "Ann Lee"},
-        {1, "Ann", "Lee", "Lee, Ann"},
-        {2, "Ann", "Lee", "A Lee"},
-        {3, "Ann", "Lee", "Lee"},
-        {4, "Ann", "Lee", ""},
-        {-1, "Ann", "Lee", ""},
-        // Parts stand as sent, blanks and all.
-        {0, "", "Lee", " Lee"},
-        {1, "Ann", "", ", Ann"},
-        {2, "", "Lee", " Lee"},
-        {2, " Ann", "Lee", "  Lee"},
-        {2, "Émile", "Roy", "É Roy"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.format);
-        EXPECT_EQ(formatName(QString::fromUtf8(c.first), QString::fromUtf8(c.last), c.format), QString::fromUtf8(c.name));
-        const QByteArray xml = QByteArray("<NowUp Ev_Num=\"1\" Num=\"5\" FName=\"") + c.first + "\" LName=\"" + c.last
-                               + "\"><Gym>G</Gym></NowUp>";
-        const NowUpParse got = parseNowUpXml(xml, c.format);
-        ASSERT_TRUE(got.action);
-        EXPECT_EQ(got.action->name, QString::fromUtf8(c.name));
-    }
 }
 
 TEST(NowUpXmlParse, FaultsSayWhatWasWrong)

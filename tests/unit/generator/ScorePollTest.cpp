@@ -95,27 +95,6 @@ private:
 
 } // namespace
 
-TEST(ScoreQueueSqlTest, SessionLinesFollowTheBoxes)
-{
-    const QStringList head = {"select ScoreQueue.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2",
-                              "where s.MeetID = 7", "and s.EventID = 12", "and s.Event = 3", "and g1.meetid = s.meetid",
-                              "and g1.num = s.num", "and g1.gym = g2.gymid"};
-    const QStringList tail = {"and s.DataID not in (select DataId from QueueDone where AppID = 4)", "order by s.DT"};
-    const struct {
-        SessionBoxes boxes;
-        QStringList filter;
-    } cases[] = {
-        {{}, {}},
-        {{"1"}, {"and (s.Session = '1'", ")"}},
-        {{"1", "2", "3", "4A"}, {"and (s.Session = '1'", "or s.Session = '2'", "or s.Session = '3'", "or s.Session = '4A'", ")"}},
-        {{"1", "", "3"}, {"and (s.Session = '1'", "or s.Session = '3'", ")"}},
-        {{"O'B", "''"}, {"and (s.Session = 'O''B'", "or s.Session = ''''''", ")"}},
-        {{"", "2", "3", "4"}, {}}, // extra boxes without the primary
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(ScoreQueueSql(7, 12, 3, c.boxes), head + c.filter + tail) << c.boxes[0].toStdString();
-}
-
 TEST_F(ScorePollTest, TakesTheOldestRowMarksItAndSendsItInTheSameTick)
 {
     const int first = addScore(1, 1, "1", 101, 9.5);
@@ -243,26 +222,6 @@ TEST_F(ScorePollTest, AnUntickedOrPausedEventLeavesItsRowsForLaterOldestFirst)
     ASSERT_TRUE(rig.main().selection().setEventPaused(1, 1, false));
     tickAt(kStart + 192000);
     EXPECT_EQ(marked(), backlog);
-}
-
-TEST_F(ScorePollTest, RowsOutsideTheFilterOrWithoutAGymAreNeverTaken)
-{
-    tickOnly(1, {1});
-    rig.peer().execute(S("update Gymnasts set Gym = null where MeetID = 1 and Num = 105"));
-    const int otherSession = addScore(1, 1, "2", 181);
-    addScore(1, 1, "1", 105); // no gym
-    addScore(1, 1, "1", 999); // no such gymnast
-    addScore(2, 1, "1", 101); // another event group
-    for (int t = 0; t < 3; ++t)
-        tickAt(kStart + 4000 * t);
-    EXPECT_TRUE(marked().isEmpty());
-
-    // All boxes empty: every session, still without the rows that do not join.
-    rig.main().stop();
-    ASSERT_TRUE(rig.main().selection().setSessions(1, {}));
-    ASSERT_TRUE(rig.main().start());
-    tickAt(kStart + 12000);
-    EXPECT_EQ(marked(), QList<int>{otherSession});
 }
 
 TEST_F(ScorePollTest, SideTwoIsTheTwinOfSideOneOnItsOwnGroupAndSessions)
