@@ -5,7 +5,6 @@
 #include "support/TestSupport.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QNetworkDatagram>
 #include <QUdpSocket>
 
@@ -223,15 +222,6 @@ TEST(DeviceTransport, UdpWithAnUnusableDestinationIsCodeTwo)
         EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::SendFailed) << c.address << ":" << c.port;
         EXPECT_FALSE(transport.lastFailure().isEmpty());
     }
-}
-
-TEST(DebugTrace, DefaultPathIsBesideTheProgramOrInTheStateFolder)
-{
-    const QString path = DebugTrace::defaultPath();
-    EXPECT_TRUE(path.endsWith(QStringLiteral("/DebugIOOutput.txt"))) << path.toStdString();
-    const QString besideProgram = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("DebugIOOutput.txt"));
-    const QString inState = qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/Kestra/DebugIOOutput.txt");
-    EXPECT_TRUE(path == besideProgram || path == inState) << path.toStdString();
 }
 
 TEST(DeviceTransport, SettingsConnectUdpAtOnceAndMoveTheSerialPort)

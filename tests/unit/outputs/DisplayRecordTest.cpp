@@ -6,13 +6,6 @@
 
 using namespace kestra;
 
-TEST(DisplayRecord, Is5699SpacesAtStart)
-{
-    DisplayRecord record;
-    EXPECT_EQ(DisplayRecord::size(), 5699);
-    EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
-}
-
 TEST(PackField, CutsOrPadsToExactlyLastIndexPlusOneBytes)
 {
     QByteArray buffer(12, '#');
@@ -54,29 +47,6 @@ TEST(DisplayRecord, RegionsTileTheBlockInOffsetOrder)
         EXPECT_EQ(layout::kRegions[i], expected[i].region);
 }
 
-// Fields whose places no frame or label test pins down already.
-TEST(DisplayRecord, FieldOffsetsAndWidths)
-{
-    const struct {
-        const char *what;
-        Field field;
-        int offset;
-        int length;
-    } expected[] = {
-        {"slot 6 nd", layout::eventND(6), 472, 4},               {"leader 2 page", layout::leaderPage(2), 957, 471},
-        {"leader 1 line 1 rank", layout::leaderRank(1, 1), 516, 2}, {"leader 1 line 1 name", layout::leaderName(1, 1), 518, 40},
-        {"leader 1 line 1 score", layout::leaderScore(1, 1), 558, 7}, {"leader 2 line 1 gym", layout::leaderGym(2, 1), 2541, 20},
-        {"NCAA 1 event", layout::ncaaEvent(1), 1919, 6},         {"NCAA 1 lineup 6 score", layout::ncaaLineupScore(1, 6), 2195, 6},
-        {"NCAA 1 event total", layout::ncaaEventTotal(1), 2201, 7}, {"NCAA 2 event score 3", layout::ncaaEventScore(2, 3), 5093, 6},
-        {"matrix short 1", layout::matrixShortTitle(1), 2867, 2}, {"matrix row 1 team", layout::matrixTeam(1), 2911, 20},
-        {"matrix row 1 event 1", layout::matrixEventScore(1, 1), 2938, 6}, {"matrix row 5 rank", layout::matrixRank(5), 3169, 2},
-    };
-    for (const auto &e : expected) {
-        EXPECT_EQ(e.field.offset, e.offset) << e.what;
-        EXPECT_EQ(e.field.length, e.length) << e.what;
-    }
-}
-
 TEST(DisplayRecord, PackWritesOnlyItsFieldAndBlankClears)
 {
     DisplayRecord record;
@@ -111,4 +81,3 @@ TEST(DisplayRecord, ClearNcaaBlanksTheThreeNcaaRegionsOnly)
     record.clearAll();
     EXPECT_EQ(record.bytes(), QByteArray(5699, ' '));
 }
-
