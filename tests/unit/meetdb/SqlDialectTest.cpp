@@ -127,21 +127,6 @@ TEST(SqlDialect, TranslatesEachFormPerEngine)
     }
 }
 
-TEST(SqlDialect, TokensCoverTheTextExactly)
-{
-    const QString sql = QStringLiteral("select a.\"x \"\"y\"\"\", 'it''s', 1.5e-3, .5 <> -- c\n/* d */ b::int");
-    QString joined;
-    QStringList texts;
-    for (const auto &t : SqlDialect::tokenize(sql)) {
-        joined += t.text;
-        if (t.type != SqlDialect::Token::Space)
-            texts << t.text;
-    }
-    EXPECT_EQ(joined, sql);
-    EXPECT_EQ(texts, (QStringList{"select", "a", ".", "\"x \"\"y\"\"\"", ",", "'it''s'", ",", "1.5e-3",
-                                  ",", ".5", "<>", "-- c", "/* d */", "b", "::", "int"}));
-}
-
 TEST(SqlDialect, UnterminatedQuotesDoNotLoseText)
 {
     const SqlDialect dialect(StoreBackend::Postgres);

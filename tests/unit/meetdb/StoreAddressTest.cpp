@@ -79,37 +79,16 @@ TEST(StoreAddress, RefusesWhatIsNoAddress)
     }
 }
 
-TEST(StoreValues, SinglesDatesAndComparisons)
+// How values read back from each engine is the store's test on both; here
+// the conversions no round trip reaches.
+TEST(StoreValuesText, DatesReadBackAndUnreadableTextIsKept)
 {
-    EXPECT_EQ(storevalues::toSingle(9.45), double(9.45f));
-    EXPECT_NE(storevalues::toSingle(9.45), 9.45);
-    EXPECT_EQ(storevalues::forColumn(QVariant(9.45), ValueKind::Single).metaType().id(), QMetaType::Float);
-    EXPECT_EQ(storevalues::forColumn(QVariant(9.45), ValueKind::Double).toDouble(), 9.45);
-    EXPECT_FALSE(storevalues::forColumn(QVariant(), ValueKind::Single).isValid());
-    EXPECT_EQ(storevalues::forColumn(QVariant(QDateTime(QDate(2024, 3, 1), QTime(9, 0))), ValueKind::Date),
-              QVariant(QDate(2024, 3, 1)));
-
-    EXPECT_EQ(storevalues::dateText(QDate(2024, 3, 1)), QStringLiteral("2024-03-01"));
-    EXPECT_EQ(storevalues::timeText(QTime(7, 5, 9)), QStringLiteral("07:05:09"));
     EXPECT_EQ(storevalues::timeText(QTime(7, 5, 9, 250)), QStringLiteral("07:05:09.250"));
-    EXPECT_EQ(storevalues::dateTimeText(QDateTime(QDate(2024, 3, 1), QTime(13, 4, 5, 6))),
-              QStringLiteral("2024-03-01 13:04:05.006"));
-
-    EXPECT_EQ(storevalues::parseDate(QStringLiteral("2024-03-01")), QVariant(QDate(2024, 3, 1)));
-    EXPECT_EQ(storevalues::parseTime(QStringLiteral("10:30:00")), QVariant(QTime(10, 30)));
-    EXPECT_EQ(storevalues::parseTime(QStringLiteral("10:30:00.5")), QVariant(QTime(10, 30, 0, 500)));
-    EXPECT_EQ(storevalues::parseDateTime(QStringLiteral("2024-03-01 13:04:05.006")),
-              QVariant(QDateTime(QDate(2024, 3, 1), QTime(13, 4, 5, 6))));
     EXPECT_EQ(storevalues::parseDateTime(QStringLiteral("2024-03-01 13:04:05.123456")),
               QVariant(QDateTime(QDate(2024, 3, 1), QTime(13, 4, 5, 123))));
-    EXPECT_EQ(storevalues::parseDateTime(QStringLiteral("2024-03-01")),
-              QVariant(QDateTime(QDate(2024, 3, 1), QTime(0, 0))));
-    // What cannot be read as a date is kept as the text it is, not lost.
+    EXPECT_EQ(storevalues::parseDateTime(QStringLiteral("2024-03-01")), QVariant(QDateTime(QDate(2024, 3, 1), QTime(0, 0))));
     EXPECT_EQ(storevalues::parseDate(QStringLiteral("soon")), QVariant(QStringLiteral("soon")));
-
     EXPECT_TRUE(storevalues::sameValue(QVariant(4), QVariant(qlonglong(4))));
-    EXPECT_TRUE(storevalues::sameValue(QVariant(), QVariant()));
     EXPECT_FALSE(storevalues::sameValue(QVariant(0), QVariant()));
-    EXPECT_TRUE(storevalues::sameValue(QVariant(QStringLiteral("A")), QVariant(QStringLiteral("A"))));
     EXPECT_FALSE(storevalues::sameValue(QVariant(1.5), QVariant(1)));
 }
