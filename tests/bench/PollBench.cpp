@@ -14,83 +14,52 @@
 
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <tuple>
 #include <vector>
 
 using namespace kestra;
-
-namespace {
-
-std::vector<std::unique_ptr<MeetStore>> stores;
-
-void poll(benchmark::State &state, MeetStore *store, QString sql)
-{
-    qint64 rows = 0;
-    for (auto _ : state) {
-        QueryResult r = store->query(sql);
-        benchmark::DoNotOptimize(r.value(QStringLiteral("Short Name")));
-        rows = r.recordCount();
-    }
-    state.counters["rows"] = double(rows);
-}
-
-void pollNative(benchmark::State &state, MeetStore *store, QString sql)
-{
-    for (auto _ : state) {
-        QueryResult r = store->queryNative(sql);
-        benchmark::DoNotOptimize(r.recordCount());
-    }
-}
-
-MeetStore *open(const QString &address, const QString &alias)
-{
-    auto store = MeetStore::forAddress(address);
-    store->connect();
-    store->openDatabase(alias);
-    stores.push_back(std::move(store));
-    return stores.back().get();
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
     benchmark::Initialize(&argc, argv); // takes its own flags out
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments().mid(1);
-    QString sqlite, postgres, alias = MeetSchema::defaultAlias(), printSql;
-    bench::PollLayout layout = bench::layoutNamed(QStringLiteral("busy"));
-    for (int i = 0; i + 1 < args.size(); i += 2) {
-        if (args[i] == QLatin1String("--sqlite"))
-            sqlite = args[i + 1];
-        else if (args[i] == QLatin1String("--postgres"))
-            postgres = args[i + 1];
-        else if (args[i] == QLatin1String("--alias"))
-            alias = args[i + 1];
-        else if (args[i] == QLatin1String("--layout"))
-            layout = bench::layoutNamed(args[i + 1]);
-        else if (args[i] == QLatin1String("--print-sql"))
-            printSql = args[i + 1];
-    }
-    const QString sql = bench::pollStatement(layout.pollMeet);
+    auto option = [&](const char *name, const QString &otherwise = {}) {
+        const qsizetype at = args.indexOf(QLatin1String(name));
+        return at >= 0 && at + 1 < args.size() ? args[at + 1] : otherwise;
+    };
+    const bench::PollLayout layout = bench::layoutNamed(option("--layout", QStringLiteral("busy")));
+    const QString sql = bench::pollStatement(layout.pollMeet), printSql = option("--print-sql");
     if (!printSql.isEmpty()) {
         const StoreBackend b = printSql == QLatin1String("postgres") ? StoreBackend::Postgres : StoreBackend::Sqlite;
         std::printf("%s;\n", qPrintable(SqlDialect(b).translate(sql).replace(QLatin1Char('\r'), QString())));
         return 0;
     }
+    std::vector<std::unique_ptr<MeetStore>> stores;
     try {
-        if (!sqlite.isEmpty()) {
-            MeetStore *s = open(sqlite, MeetSchema::defaultAlias());
-            benchmark::RegisterBenchmark("Poll/SQLite", poll, s, sql)->Unit(benchmark::kMillisecond);
-            benchmark::RegisterBenchmark("PollNotIn/SQLite", pollNative, s, bench::pollStatementNotIn(layout.pollMeet, StoreBackend::Sqlite))
-                ->Unit(benchmark::kMillisecond)
-                ->Iterations(3);
-        }
-        if (!postgres.isEmpty()) {
-            MeetStore *p = open(postgres, alias);
-            benchmark::RegisterBenchmark("Poll/PostgreSQL", poll, p, sql)->Unit(benchmark::kMillisecond);
-            benchmark::RegisterBenchmark("PollNotIn/PostgreSQL", pollNative, p, bench::pollStatementNotIn(layout.pollMeet, StoreBackend::Postgres))
-                ->Unit(benchmark::kMillisecond)
-                ->Iterations(3);
+        // Through the store, and raw without the dialect's rewrite of "not in".
+        for (const auto &[address, backend, name] :
+             {std::tuple{option("--sqlite"), StoreBackend::Sqlite, "SQLite"}, {option("--postgres"), StoreBackend::Postgres, "PostgreSQL"}}) {
+            if (address.isEmpty())
+                continue;
+            MeetStore *s = stores.emplace_back(MeetStore::forAddress(address)).get();
+            s->connect();
+            s->openDatabase(backend == StoreBackend::Sqlite ? MeetSchema::defaultAlias() : option("--alias", MeetSchema::defaultAlias()));
+            benchmark::RegisterBenchmark((std::string("Poll/") + name).c_str(), [s, sql](benchmark::State &state) {
+                qint64 rows = 0;
+                for (auto _ : state) {
+                    QueryResult r = s->query(sql);
+                    benchmark::DoNotOptimize(r.value(QStringLiteral("Short Name")));
+                    rows = r.recordCount();
+                }
+                state.counters["rows"] = double(rows);
+            })->Unit(benchmark::kMillisecond);
+            const QString notIn = bench::pollStatementNotIn(layout.pollMeet, backend);
+            benchmark::RegisterBenchmark((std::string("PollNotIn/") + name).c_str(), [s, notIn](benchmark::State &state) {
+                for (auto _ : state)
+                    benchmark::DoNotOptimize(s->queryNative(notIn).recordCount());
+            })->Unit(benchmark::kMillisecond)->Iterations(3);
         }
     } catch (const StoreError &e) {
         std::fprintf(stderr, "bench_PollBench: %s\n", e.what());
@@ -98,6 +67,5 @@ int main(int argc, char **argv)
     }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    stores.clear();
     return 0;
 }
