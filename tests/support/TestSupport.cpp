@@ -40,8 +40,6 @@ bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds
 PromptAnswer RecordingPrompt::ask(const PromptMessage &message)
 {
     messages.push_back(message);
-    if (m_whileShown)
-        m_whileShown(message);
     if (!m_answers.empty()) {
         const PromptAnswer answer = m_answers.front();
         m_answers.erase(m_answers.begin());

@@ -46,14 +46,11 @@ class RecordingPrompt final : public OperatorPrompt {
 public:
     PromptAnswer ask(const PromptMessage &message) override;
     void queueAnswer(PromptAnswer answer) { m_answers.push_back(answer); }
-    // Runs while the "box" is up, as the nested loop of a real box would.
-    void setWhileShown(std::function<void(const PromptMessage &)> hook) { m_whileShown = std::move(hook); }
 
     std::vector<PromptMessage> messages;
 
 private:
     std::vector<PromptAnswer> m_answers;
-    std::function<void(const PromptMessage &)> m_whileShown;
 };
 
 // A loopback server endpoint.

@@ -9,7 +9,6 @@
 
 #include <QFile>
 #include <QNetworkDatagram>
-#include <QSerialPort>
 #include <QUdpSocket>
 
 #include <algorithm>
@@ -163,29 +162,6 @@ TEST_F(HeadlessProcessTest, aSignalBeforeAnyScoreStillStopsCleanly)
     EXPECT_TRUE(queueDone().isEmpty());
 }
 
-TEST_F(HeadlessProcessTest, overASerialLineTheBoardGetsTheSameScores)
-{
-    PtyPair cable;
-    QSerialPort board;
-    board.setPortName(cable.deviceB());
-    board.setBaudRate(QSerialPort::Baud19200);
-    ASSERT_TRUE(board.open(QIODevice::ReadOnly)) << board.errorString().toStdString();
-    DevStore::ScoreFeed feeder(*store, DevStore::FeedOptions());
-    const std::vector<DevStore::FeedScore> fed = feed(feeder, 4);
-
-    Headless run(home, {S("--store"), meet.path(), S("--target"), S("daktronics"), S("--set"),
-                        S("Options/COMPort=") + cable.deviceA(), S("--set"), S("Options/Interval=0")});
-    BoardView view;
-    EXPECT_TRUE(waitUntil([&] {
-        board.waitForReadyRead(10);
-        view.take(view.decoder.feed(board.readAll()));
-        return view.count >= fed.size();
-    }, std::chrono::seconds(30))) << run.errors().toStdString();
-    EXPECT_EQ(run.terminate(), 0) << run.errors().toStdString();
-    view.expectQueueOrder(fed);
-    EXPECT_FALSE(run.errors().contains(S("error"))) << run.errors().toStdString();
-}
-
 TEST(HeadlessLostServerTest, aServerThatGoesAwayEndsTheRunWithAFailure)
 {
     PrivatePostgres server;
@@ -236,15 +212,6 @@ TEST_F(HeadlessProcessTest, refusalsEndWithTheirStatusAndOneClearLine)
         EXPECT_EQ(run.errors().trimmed().count(QLatin1Char('\n')), 0) << run.errors().toStdString();
     }
     EXPECT_TRUE(queueDone().isEmpty());
-}
-
-TEST(HeadlessProcessHelpTest, helpNamesTheOptionsAndEndsWell)
-{
-    ChildProgram help("src/app/kestra-headless", {S("--help")});
-    EXPECT_EQ(help.finish(10000), 0);
-    const QString out = help.output();
-    EXPECT_TRUE(out.startsWith(S("Usage: kestra-headless"))) << out.toStdString();
-    EXPECT_TRUE(out.contains(S("--set Section/Name=Value")));
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 // The virtual board tool reading what the line fill routines, the Daktronics
-// writer and the real transport send it, over UDP on loopback and a serial line.
+// writer and the real transport send it, over UDP on loopback and a serial
+// line. Which protocol it recognises and what it prints of each is the
+// decoder's and the mirror's test.
 #include "OutputStation.h"
 
 #include "integration/app/ChildProgram.h"
 
-#include "outputs/Barco.h"
 #include "outputs/EventSlot.h"
-#include "outputs/WhiteWay.h"
 #include "support/TestSupport.h"
 
 #include <QRegularExpression>
@@ -74,32 +74,6 @@ TEST(VirtualBoard, PrintsWhatTheBoardShowsAndEndsCleanlyOnInterrupt)
     EXPECT_EQ(board.signal(SIGINT, 5000), 0);
     EXPECT_TRUE(board.output().contains(QStringLiteral("board closed")));
     EXPECT_FALSE(board.output().contains(QStringLiteral("9.999")));
-}
-
-TEST(VirtualBoard, KnowsWhiteWayAndBarcoFramesAndShowsEachChangeOnce)
-{
-    BoardProcess board({QStringLiteral("--udp"), QStringLiteral("0"), QStringLiteral("--bind"),
-                        QStringLiteral("127.0.0.1")});
-    const QString listening = board.waitForLine(QStringLiteral("listening on udp 127\\.0\\.0\\.1:\\d+$"));
-    ASSERT_FALSE(listening.isEmpty()) << board.output().toStdString();
-    OutputStation station(QStringLiteral("UDP"), listening.section(QLatin1Char(':'), -1));
-    WhiteWayWriter whiteWay(station.record, station.transport, station.meet, station.trace);
-    BarcoWriter barco(station.record, station.transport, station.trace);
-
-    station.context.writer = &whiteWay;
-    station.meet.useDBonus = true;
-    station.lines.FillEventLine(routine(), 1);
-    EXPECT_FALSE(board.waitForLine(QStringLiteral("EVENT 3  BEAM .*Kira Moss .*9\\.650.*@ Valley Twisters")).isEmpty())
-        << board.output().toStdString();
-
-    // The whole block twice: only the line it changes is shown, once.
-    station.record.pack(layout::nowUpName(2), QStringLiteral("Ana Bell"));
-    ASSERT_EQ(barco.SendBarcoRecord(), DeviceErrors::Success);
-    ASSERT_EQ(barco.SendBarcoRecord(), DeviceErrors::Success);
-    EXPECT_FALSE(board.waitForLine(QStringLiteral("NOW UP 2  -  +# +Ana Bell")).isEmpty()) << board.output().toStdString();
-    EXPECT_EQ(board.signal(SIGINT, 5000), 0);
-    EXPECT_EQ(board.output().count(QStringLiteral("EVENT 3")), 1) << board.output().toStdString();
-    EXPECT_EQ(board.output().count(QStringLiteral("Ana Bell")), 1) << board.output().toStdString();
 }
 
 TEST(VirtualBoard, ReadsASerialLine)

@@ -138,7 +138,7 @@ TEST(BoardMirror, NowUpAndNcaaAsTheBoardShowsThem)
                                                QStringLiteral("    by event  49.100  -  -  49.300  -  -")}));
 }
 
-TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStream)
+TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStreamOfUnknownProtocol)
 {
     DisplayRecord source;
     for (int i = 0; i < DisplayRecord::size(); ++i)
@@ -168,7 +168,7 @@ TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStream)
 
     for (const qsizetype bite : {qsizetype(0), qsizetype(7)}) { // whole datagrams, then a stream in bites
         BoardMirror board;
-        WhiteWayDecoder decoder;
+        AutoDecoder decoder; // as the virtual board reads, recognising the protocol
         QStringList errors;
         for (qsizetype at = 0; at < frames.size();) {
             const qsizetype size = bite ? qMin(bite, frames.size() - at) : frames.indexOf('\n', at) + 1 - at;
@@ -181,6 +181,9 @@ TEST(WhiteWayDecoder, EveryPageGoesBackIntoItsFieldsFromDatagramsOrAByteStream)
         }
         EXPECT_TRUE(errors.isEmpty()) << errors.join(QLatin1Char(' ')).toStdString();
         EXPECT_EQ(board.record().bytes(), expected) << "bite " << bite;
+        if (bite) {
+            EXPECT_EQ(decoder.protocol(), QStringLiteral("White Way"));
+        }
     }
 }
 
