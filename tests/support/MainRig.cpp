@@ -155,4 +155,12 @@ QList<QByteArray> MainRig::newFrames(int atLeast)
     return fresh;
 }
 
+RecordingWriter &MainRig::recordTo(OutputTarget target, TargetKind kind)
+{
+    const QString name = KestraMain::targetButtons()[int(target) - int(OutputTarget::Daktronics)];
+    auto &writer = static_cast<RecordingWriter &>(m_main->writers().add(std::make_unique<RecordingWriter>(name, kind)));
+    EXPECT_TRUE(m_main->selectTarget(target));
+    return writer;
+}
+
 } // namespace kestra::test

@@ -22,6 +22,33 @@
 
 namespace kestra::test {
 
+// A stand-in writer for any target, noting its calls in order:
+// "event 3/1" (slot 3, side 1), "nowup 1/2", "leader 2", "ncaa", "matrix", "record".
+class RecordingWriter final : public DisplayWriter {
+public:
+    RecordingWriter(QString targetName, TargetKind kind) : m_name(std::move(targetName)), m_kind(kind) {}
+    QString targetName() const override { return m_name; }
+    TargetKind kind() const override { return m_kind; }
+    DeviceError sendEventLine(int slot, int side) override { return note(QStringLiteral("event %1/%2").arg(slot).arg(side)); }
+    DeviceError sendNowUpLine(int slot, int side) override { return note(QStringLiteral("nowup %1/%2").arg(slot).arg(side)); }
+    DeviceError sendLeaderPage(int page) override { return note(QStringLiteral("leader %1").arg(page)); }
+    DeviceError sendNCAA() override { return note(QStringLiteral("ncaa")); }
+    DeviceError sendMatrix() override { return note(QStringLiteral("matrix")); }
+    DeviceError sendRecord() override { return note(QStringLiteral("record")); }
+
+    QStringList calls;
+    DeviceError result = DeviceErrors::Success; // the answer of every call
+
+private:
+    DeviceError note(const QString &call)
+    {
+        calls << call;
+        return result;
+    }
+    QString m_name;
+    TargetKind m_kind;
+};
+
 // The main window's logic over a real meet database seeded by DevStore: an
 // SQLite file copied from one seeded template, so each test has its own, or a
 // fresh database on the shared PostgreSQL test server. With it come a
@@ -49,6 +76,8 @@ public:
     QList<QByteArray> frames(int atLeast = 0);
     // The frames received since the last call.
     QList<QByteArray> newFrames(int atLeast = 0);
+    // A recording writer for the target, made the checked one.
+    RecordingWriter &recordTo(OutputTarget target, TargetKind kind = TargetKind::Record);
 
     TempDir dir;
     QString dbFolder; // SQLite: the folder; PostgreSQL: the server address
@@ -80,33 +109,6 @@ protected:
     explicit OpenMainWindow(const std::function<void(MeetStore &)> &prepare = {}) : rig(prepare) {}
     void SetUp() override { ASSERT_TRUE(rig.open()); }
     MainRig rig;
-};
-
-// A target this build has no writer for yet, noting its calls in order:
-// "event 3/1" (slot 3, side 1), "nowup 1/2", "leader 2", "ncaa", "matrix", "record".
-class RecordingWriter final : public DisplayWriter {
-public:
-    RecordingWriter(QString targetName, TargetKind kind) : m_name(std::move(targetName)), m_kind(kind) {}
-    QString targetName() const override { return m_name; }
-    TargetKind kind() const override { return m_kind; }
-    DeviceError sendEventLine(int slot, int side) override { return note(QStringLiteral("event %1/%2").arg(slot).arg(side)); }
-    DeviceError sendNowUpLine(int slot, int side) override { return note(QStringLiteral("nowup %1/%2").arg(slot).arg(side)); }
-    DeviceError sendLeaderPage(int page) override { return note(QStringLiteral("leader %1").arg(page)); }
-    DeviceError sendNCAA() override { return note(QStringLiteral("ncaa")); }
-    DeviceError sendMatrix() override { return note(QStringLiteral("matrix")); }
-    DeviceError sendRecord() override { return note(QStringLiteral("record")); }
-
-    QStringList calls;
-    DeviceError result = DeviceErrors::Success; // the answer of every call
-
-private:
-    DeviceError note(const QString &call)
-    {
-        calls << call;
-        return result;
-    }
-    QString m_name;
-    TargetKind m_kind;
 };
 
 } // namespace kestra::test

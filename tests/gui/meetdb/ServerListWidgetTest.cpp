@@ -2,12 +2,12 @@
 #include "meetdb/ServerConnection.h"
 #include "ui/frmRegisteredServers.h"
 
+#include "gui/Operator.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
@@ -17,25 +17,9 @@ using namespace kestra;
 using kestra::test::RecordingPrompt;
 using kestra::test::TempDir;
 using kestra::test::waitUntil;
+using namespace kestra::test;
 
 namespace {
-
-void press(QWidget *widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {})
-{
-    QKeyEvent down(QEvent::KeyPress, key, modifiers, text);
-    QApplication::sendEvent(widget, &down);
-    QKeyEvent up(QEvent::KeyRelease, key, modifiers, text);
-    QApplication::sendEvent(widget, &up);
-}
-
-void type(QLineEdit *edit, const QString &text)
-{
-    edit->setFocus();
-    edit->selectAll();
-    press(edit, Qt::Key_Backspace);
-    for (QChar ch : text)
-        press(edit, Qt::Key_unknown, Qt::NoModifier, QString(ch));
-}
 
 const QList<ServerEntry> Stored = {{"Summit", "10.0.0.7", "", "Remote"}, {"Arena", "10.0.0.5", "", "LAN / WAN"}};
 
@@ -78,9 +62,9 @@ TEST(ServerListWidget, DrawsTheListLoadsAfterShowingAndForwardsTheOperator)
     // Ctrl+Return saves, Insert starts a row, Escape is Cancel.
     grid->setCurrentCell(0, 0);
     EXPECT_EQ(name->text(), QStringLiteral("Arena"));
-    type(host, QStringLiteral("arena.local"));
+    retype(host, QStringLiteral("arena.local"));
     EXPECT_EQ(logic.state(), RegisteredServersForm::State::Edit);
-    type(ip, QStringLiteral("10.0.0.999"));
+    retype(ip, QStringLiteral("10.0.0.999"));
     EXPECT_EQ(ip->text(), QStringLiteral("10.0.0.99"));
     press(ip, Qt::Key_Return, Qt::ControlModifier);
     EXPECT_EQ(logic.state(), RegisteredServersForm::State::Browse);

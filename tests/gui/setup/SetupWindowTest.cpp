@@ -3,6 +3,7 @@
 #include "setup/SetupUnits.h"
 #include "ui/frmSetupUnits.h"
 
+#include "gui/Operator.h"
 #include "support/TestSupport.h"
 #include "unit/setup/SettingsFiles.h"
 
@@ -13,7 +14,6 @@
 #include <QComboBox>
 #include <QFile>
 #include <QGroupBox>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -28,25 +28,9 @@
 using namespace kestra;
 using kestra::test::S;
 using kestra::test::TempDir;
+using namespace kestra::test;
 
 namespace {
-
-void press(QWidget *widget, int key, const QString &text = QString())
-{
-    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &down);
-    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &up);
-}
-
-// Replaces the text of an edit by typing, as the operator would.
-void retype(QLineEdit *edit, const QString &text)
-{
-    edit->selectAll();
-    press(edit, Qt::Key_Backspace);
-    for (QChar ch : text)
-        press(edit, ch == QLatin1Char(' ') ? Qt::Key_Space : Qt::Key_unknown, QString(ch));
-}
 
 class SetupWindowTest : public testing::Test {
 protected:
@@ -163,26 +147,6 @@ TEST_F(SetupWindowTest, TheOperatorsEditsReachTheLogicThroughTheMasks)
     EXPECT_EQ(back.IntervalMax, 400);
     EXPECT_FALSE(back.UseSingleNCAA);
     EXPECT_EQ(back.NameFormat, 3);
-}
-
-TEST_F(SetupWindowTest, ValuesOutsideTheChoicesShowNoneAndAnUnfinishedAddressGoesBackOnLeaving)
-{
-    KestraSettings working;
-    working.COMPort = S("COM7");
-    working.BaseAddr = 768;
-    open(working);
-    EXPECT_EQ(get<QComboBox>("cboCOMPort")->currentIndex(), -1);
-    for (const QRadioButton *radio : get<QGroupBox>("rgrpAddr")->findChildren<QRadioButton *>())
-        EXPECT_FALSE(radio->isChecked()) << radio->text().toStdString();
-
-    get<QComboBox>("cboCOMPort")->setCurrentIndex(4);
-    window->show();
-    auto *ip = get<QLineEdit>("EditIP");
-    retype(ip, S("192.168."));
-    QFocusEvent out(QEvent::FocusOut, Qt::TabFocusReason);
-    QApplication::sendEvent(ip, &out);
-    EXPECT_EQ(ip->text(), S("255.255.255.255"));
-    window->close();
 }
 
 TEST_F(SetupWindowTest, EveryWayOfClosingWritesOnce)

@@ -4,6 +4,7 @@
 #include "support/LogicalControl.h"
 #include "ui/ControlBinder.h"
 
+#include "gui/Operator.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -12,26 +13,13 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
 using namespace kestra;
-using kestra::test::S;
-
-namespace {
-
-void press(QWidget *widget, int key, const QString &text = QString())
-{
-    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &down);
-    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &up);
-}
-
-} // namespace
+using namespace kestra::test;
 
 TEST(ControlBinderTest, eachKindIsItsWidgetNamedAsTheControl)
 {
@@ -99,7 +87,7 @@ TEST(ControlBinderTest, clicksTypingAndPicksReachTheLogicAsTheOperators)
     button->click();
     check->click();
     check->click();
-    press(edit, Qt::Key_unknown, S("A"));
+    press(edit, Qt::Key_unknown, Qt::NoModifier, S("A"));
     EXPECT_EQ(calls, (QStringList{"go", "pause on", "pause off", "A"}));
     // A handler that refuses the change puts the box back; a disabled widget takes no click.
     pause.setClickHandler([&] { pause.setChecked(false); });
@@ -200,7 +188,7 @@ TEST(ControlBinderTest, eitherEndMayGoFirst)
     auto *edit = ControlBinder::edit(controls->add(S("EditB")), window.get());
     controls.reset();
     check->click(); // no control any more: nothing runs, nothing breaks
-    press(edit, Qt::Key_unknown, S("x"));
+    press(edit, Qt::Key_unknown, Qt::NoModifier, S("x"));
 
     ControlSet more;
     LogicalControl &late = more.add(S("chkLate"));

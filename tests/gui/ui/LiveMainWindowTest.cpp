@@ -11,6 +11,7 @@
 
 #include "kestra/Version.h"
 
+#include "gui/Operator.h"
 #include "support/MainRig.h"
 
 #include <QAction>
@@ -195,16 +196,6 @@ TEST_F(LiveMainWindowTest, theOutputStatusOpensOnceShowsTheBlockAndClosesWithThe
     window->close();
     EXPECT_EQ(closes, 1);
     EXPECT_FALSE(status->isVisible());
-}
-
-// Runs `answer` on the next modal window, from inside its own loop.
-template <typename T> void answerNext(std::function<void(T &)> answer)
-{
-    QTimer::singleShot(0, [answer] {
-        auto *modal = qobject_cast<T *>(QApplication::activeModalWidget());
-        ASSERT_NE(modal, nullptr) << "no modal " << T::staticMetaObject.className();
-        answer(*modal);
-    });
 }
 
 TEST_F(LiveMainWindowTest, theFileTargetsSaveDialogSetsTheOutputFile)

@@ -1,5 +1,6 @@
 #include "ui/MessageBoxPrompt.h"
 
+#include "gui/Operator.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -8,18 +9,13 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include <functional>
 
 using namespace kestra;
+using namespace kestra::test;
 
 namespace {
-
-QString S(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 // The connect sequence's question: instruction, text with escaped breaks,
 // Yes/No, details behind the message's own labels.
@@ -35,16 +31,6 @@ PromptMessage reasonQuestion()
     m.detailsCollapsedLabel = S("Show reason");
     m.detailsExpandedLabel = S("Hide reason");
     return m;
-}
-
-// Answers the next modal box from inside its own event loop.
-void answerNextBox(const std::function<void(QMessageBox &)> &answer)
-{
-    QTimer::singleShot(0, [answer] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        ASSERT_NE(box, nullptr);
-        answer(*box);
-    });
 }
 
 TEST(MessageBoxPromptTest, textsBreaksIconAndButtonsOfATaskDialogAndOfPlainBoxes)
@@ -91,21 +77,21 @@ TEST(MessageBoxPromptTest, askAnswersWithTheButtonPressedOverItsOwner)
 {
     QWidget owner;
     MessageBoxPrompt prompt(&owner);
-    answerNextBox([&owner](QMessageBox &box) {
+    answerNext<QMessageBox>([&owner](QMessageBox &box) {
         EXPECT_EQ(box.parentWidget(), &owner);
         box.button(QMessageBox::No)->click();
     });
     EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::No);
-    answerNextBox([](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
+    answerNext<QMessageBox>([](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
     EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::Yes);
     // Escape on a question is No.
-    answerNextBox([](QMessageBox &box) { box.reject(); });
+    answerNext<QMessageBox>([](QMessageBox &box) { box.reject(); });
     EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::No);
 
     PromptMessage plain;
     plain.caption = S("Open Window Warning");
     plain.text = S("All windows must be closed before the server can be changed.");
-    answerNextBox([](QMessageBox &box) { box.reject(); });
+    answerNext<QMessageBox>([](QMessageBox &box) { box.reject(); });
     EXPECT_EQ(prompt.ask(plain), PromptAnswer::Ok);
 }
 
@@ -113,7 +99,7 @@ TEST(MessageBoxPromptTest, detailsOpenBehindTheMessagesOwnLabels)
 {
     MessageBoxPrompt prompt;
     QStringList labels;
-    answerNextBox([&labels](QMessageBox &box) {
+    answerNext<QMessageBox>([&labels](QMessageBox &box) {
         QAbstractButton *more = nullptr;
         for (QAbstractButton *b : box.buttons())
             if (box.buttonRole(b) == QMessageBox::ActionRole)

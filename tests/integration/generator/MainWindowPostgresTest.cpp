@@ -1,42 +1,14 @@
-// The main window on a PostgreSQL server: a run takes and marks its scores
-// there, and a server that goes away restarts the program.
+// The main window on a PostgreSQL server that goes away during a run: every
+// timer stops, the loss is told once and the program restarts once. How the
+// store tells the loss and the box's words are the store's and the handler's tests.
 #include "support/MainRig.h"
 
 #include "generator/NowUpListeners.h"
-#include "meetdb/DevStore.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestra;
 using namespace kestra::test;
-
-TEST(MainWindowOnPostgres, OpensOnTheLastMeetAndRunsAPollTickOnTheServer)
-{
-    MainRig rig({}, "Interval=0\n", StoreBackend::Postgres);
-    ASSERT_TRUE(rig.open());
-    EXPECT_EQ(rig(S("cboSession1")).items(), (QStringList{"1", "2", "3"}));
-    EXPECT_EQ(rig(S("lblEvent41")).text(), S("FLOOR"));
-    ASSERT_TRUE(rig.main().selection().setNcaa(true));
-    ASSERT_TRUE(rig.main().selection().setSessions(1, {S("2")}));
-    EXPECT_EQ(rig(S("rgrpRotation")).items().size(), 4);
-
-    DevStore::FeedOptions options;
-    options.meetId = 1;
-    options.session = S("2");
-    DevStore::ScoreFeed feed(rig.peer(), options);
-    DevStore::FeedScore first;
-    ASSERT_TRUE(feed.publish(&first));
-    ASSERT_TRUE(rig.main().start()) << rig.main().lastError().toStdString();
-    rig.main().Timer1Timer();
-    EXPECT_EQ(rig(S("EditNum%1").arg(first.event) + S("1")).text(), QString::number(first.num));
-    EXPECT_EQ(rig.scalar(S("select count(*) from QueueDone where AppID = 4 and DataID = %1").arg(first.dataId)).toInt(), 1);
-    EXPECT_TRUE(rig.record.text(layout::eventName(first.event)).contains(first.lastName));
-    rig.main().stop();
-    ASSERT_TRUE(rig.main().selection().selectMeet(2));
-    EXPECT_EQ(rig(S("dblcboEvent1")).property(S("key")).toInt(), 3);
-    EXPECT_TRUE(rig.main().close());
-    EXPECT_TRUE(rig.prompt.messages.empty());
-}
 
 TEST(MainWindowOnPostgres, AServerThatGoesAwayDuringARunRestartsTheProgram)
 {
@@ -68,9 +40,7 @@ TEST(MainWindowOnPostgres, AServerThatGoesAwayDuringARunRestartsTheProgram)
         EXPECT_FALSE(main.timer(t).isActive()) << t;
     EXPECT_EQ(resultsTimerStops, 1);
     ASSERT_EQ(prompt.messages.size(), 1u);
-    EXPECT_EQ(prompt.messages[0].caption, S("Marlowen Server Connection"));
-    EXPECT_EQ(prompt.messages[0].text, S("Kestra is no longer able to communicate with the server \"gym-server\".\r"
-                                         "The connection to the server has been lost.\r\rKestra will now be restarted."));
+    EXPECT_TRUE(prompt.messages[0].text.contains(S("\"gym-server\""))) << prompt.messages[0].text.toStdString();
     EXPECT_EQ(restarts, 1);
     EXPECT_EQ(quits, 1);
     // A second failing tick on the way out is not told again.

@@ -55,15 +55,6 @@ protected:
     DisplayCycle &cycle() { return rig.main().cycle(); }
     QByteArray at(int offset, int length) { return rig.record.bytes().mid(offset, length); }
     QString groupTeam(int group) { return rig.record.text(layout::ncaaTeam(group)).trimmed(); }
-    // A recording writer for a target, made the checked one.
-    RecordingWriter &recordTo(OutputTarget target, TargetKind kind)
-    {
-        const QString name = KestraMain::targetButtons()[int(target) - int(OutputTarget::Daktronics)];
-        auto &writer = static_cast<RecordingWriter &>(
-            rig.main().writers().add(std::make_unique<RecordingWriter>(name, kind)));
-        EXPECT_TRUE(rig.main().selectTarget(target));
-        return writer;
-    }
 };
 
 } // namespace
@@ -86,7 +77,7 @@ TEST_F(DisplayCycleTest, TimerTwoHandsTheWholeBlockToRecordTargetsOnly)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(int(c.target) * 100 + int(c.result));
-        RecordingWriter &w = recordTo(c.target, c.kind);
+        RecordingWriter &w = rig.recordTo(c.target, c.kind);
         w.result = c.result;
         rig(S("lblStatus")).setText(S("-"));
         cycle().timer2Tick();
@@ -171,7 +162,7 @@ TEST_F(DisplayCycleTest, NcaaGoesOnlyToBoardsAndAFailureIsToldWithTheBlankingWor
     cycle().teams().row(1) = team(1, S("Riverside"), S("VAULT"));
     for (const auto &[target, kind] : {std::pair{OutputTarget::Barco, TargetKind::Record},
                                        {OutputTarget::XML, TargetKind::Record}, {OutputTarget::Xpression, TargetKind::Line}}) {
-        RecordingWriter &w = recordTo(target, kind);
+        RecordingWriter &w = rig.recordTo(target, kind);
         cycle().timer4Tick();
         EXPECT_TRUE(w.calls.isEmpty()) << int(target);
         EXPECT_EQ(groupTeam(1), S("Riverside")) << "the block is written whatever the target";
@@ -202,7 +193,7 @@ TEST_F(DisplayCycleTest, ClearSendsEveryPartTheTargetTakesAndRestoresTheTitles)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(int(c.target));
-        RecordingWriter &w = recordTo(c.target, c.kind);
+        RecordingWriter &w = rig.recordTo(c.target, c.kind);
         rig(S("lblStatus")).setText(S("-"));
         rig.record.pack(layout::matrixTeam(8), S("Summit"));
         cycle().btnClearClick();
@@ -226,7 +217,7 @@ TEST_F(DisplayCycleTest, ClearSendsEveryPartTheTargetTakesAndRestoresTheTitles)
     ASSERT_TRUE(rig.main().selection().selectEventGroup(2, 2));
     ASSERT_TRUE(rig.main().selection().setTickedEvents(1, {1, 4}));
     ASSERT_TRUE(rig.main().selection().setTickedEvents(2, {2, 5}));
-    RecordingWriter &w = recordTo(OutputTarget::WhiteWay, TargetKind::Line);
+    RecordingWriter &w = rig.recordTo(OutputTarget::WhiteWay, TargetKind::Line);
     cycle().btnClearClick();
     EXPECT_EQ(w.calls.mid(0, 8), (QStringList{"event 1/1", "event 2/1", "event 3/2", "event 4/2", "nowup 1/1",
                                                "nowup 2/1", "nowup 3/2", "nowup 4/2"}));

@@ -12,6 +12,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <tuple>
+
 using namespace kestra;
 using namespace kestra::test;
 
@@ -40,18 +42,12 @@ void expectOneBox(const MainRig &rig, PromptIcon icon, const QString &caption = 
     ASSERT_EQ(rig.prompt.messages.size(), 1u);
     const PromptMessage &m = rig.prompt.messages[0];
     EXPECT_EQ(m.icon, icon);
-    if (!caption.isNull()) {
-        EXPECT_EQ(m.caption, caption);
-    }
-    if (!text.isNull()) {
-        EXPECT_EQ(m.text, text);
-    }
+    EXPECT_EQ(caption.isNull() ? caption : m.caption, caption);
+    EXPECT_EQ(text.isNull() ? text : m.text, text);
 }
 
 // The targets this build can send to.
-const QStringList kTargetsWithWriters = {QStringLiteral("rdoDaktronics"), QStringLiteral("rdoBarco"),
-                                         QStringLiteral("rdoWhiteWay"), QStringLiteral("rdoFile"),
-                                         QStringLiteral("rdoXML")};
+const QStringList kTargetsWithWriters = {S("rdoDaktronics"), S("rdoBarco"), S("rdoWhiteWay"), S("rdoFile"), S("rdoXML")};
 
 // A refused Start leaves the window stopped and unlocked.
 void expectRefusedStart(MainRig &rig)
@@ -61,13 +57,6 @@ void expectRefusedStart(MainRig &rig)
     EXPECT_TRUE(rig(S("dblcboMeets")).isEnabled());
     EXPECT_FALSE(rig.main().timer(1).isActive());
     EXPECT_EQ(rig.main().table(S("Gymnasts")), nullptr);
-}
-
-void addWriter(MainRig &rig, OutputTarget target, TargetKind kind = TargetKind::Record)
-{
-    const QString name = KestraMain::targetButtons()[int(target) - int(OutputTarget::Daktronics)];
-    rig.main().writers().add(std::make_unique<RecordingWriter>(name, kind));
-    ASSERT_TRUE(rig.main().selectTarget(target));
 }
 
 } // namespace
@@ -400,14 +389,12 @@ TEST(KestraMainPreparedTest, StartRefusesMissingOrClashingSessionsWithTheRightMe
 TEST(KestraMainPreparedTest, CreationZeroesTheDeadlinesStartClearsTheNowUpLinesAndTheStatusColumns)
 {
     MainRig rig;
-    rig.main().eventSlots()[2][0] = EventSlot{};
-    rig.main().eventSlots()[2][0].HoldUntil = -77;
-    rig.main().eventSlots()[2][0].WaitUntil = 88;
-    rig.main().eventSlots()[2][0].Num = 5;
+    EventSlot &slot = rig.main().eventSlots()[2][0];
+    slot.HoldUntil = -77;
+    slot.WaitUntil = 88;
+    slot.Num = 5;
     ASSERT_TRUE(rig.open());
-    EXPECT_EQ(rig.main().eventSlots()[2][0].HoldUntil, 0);
-    EXPECT_EQ(rig.main().eventSlots()[2][0].WaitUntil, 0);
-    EXPECT_EQ(rig.main().eventSlots()[2][0].Num, 5) << "only the deadlines";
+    EXPECT_EQ(std::tuple(slot.HoldUntil, slot.WaitUntil, slot.Num), std::tuple(0, 0, 5)) << "only the deadlines";
 
     rig.main().lines().FillNowUpLine(1, 1, S("101"), S("Jane Doe"), S("Riverside"));
     rig.main().lines().FillNowUpLine(3, 1, S("205"), S("Ann Lee"), S("Summit"));
@@ -438,7 +425,7 @@ TEST(KestraMainPreparedTest, CloseStoresTheTargetChoiceOnceAndNothingElse)
 {
     MainRig rig({}, "Interval=9\n");
     ASSERT_TRUE(rig.open());
-    ASSERT_NO_FATAL_FAILURE(addWriter(rig, OutputTarget::XML));
+    rig.recordTo(OutputTarget::XML);
     rig.main().hooks().selectFile = [](const KestraMain::FileRequest &request) {
         EXPECT_EQ(request.defaultSuffix, S("xml"));
         EXPECT_EQ(request.filter, S("XML Files|*.XML"));
@@ -503,7 +490,7 @@ TEST_F(KestraMainTest, AFailureInAHandlerIsShownAndTheWindowGoesOn)
     rig.main().hooks().connectMySql = [](const KestraSettings &) {
         throw std::runtime_error("Can't connect to server on '10.9.9.9'");
     };
-    ASSERT_NO_FATAL_FAILURE(addWriter(rig, OutputTarget::Xpression, TargetKind::Line));
+    rig.recordTo(OutputTarget::Xpression, TargetKind::Line);
     EXPECT_FALSE(rig.main().start());
     expectOneBox(rig, PromptIcon::Error, {}, S("Can't connect to server on '10.9.9.9'"));
     EXPECT_EQ(rig.main().lastError(), S("Can't connect to server on '10.9.9.9'"));

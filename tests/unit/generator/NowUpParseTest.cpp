@@ -193,23 +193,6 @@ TEST(NowUpCommaLineParse, Datagrams)
         check(c, parseScoreGenLine(c.datagram));
 }
 
-TEST(NowUpEventNumber, Values)
-{
-    const struct {
-        const char *text;
-        std::optional<int> value;
-    } cases[] = {
-        {"3", 3},   {"+3", 3},          {"-3", -3},          {"007", 7},          {" 4", 4},
-        {"4 ", 4},  {"2147483647", 2147483647}, {"-2147483648", -2147483647 - 1}, {"", std::nullopt},
-        {"+", std::nullopt}, {"-", std::nullopt}, {"3a", std::nullopt}, {"3 4", std::nullopt},
-        {"2147483648", std::nullopt}, {"-2147483649", std::nullopt}, {"1e2", std::nullopt},
-        {"$10", std::nullopt}, {"++3", std::nullopt}, {"3.0", std::nullopt}, {"0x3", std::nullopt},
-        {"99999999999999999999", std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(parseEventNumber(QString::fromLatin1(c.text)), c.value) << c.text;
-}
-
 // Mutations of good datagrams from a fixed seed: every parse ends with an
 // action or a fault told in a few words, never both.
 TEST(NowUpParseFuzz, MutatedDatagramsGiveAnActionOrAShortFault)

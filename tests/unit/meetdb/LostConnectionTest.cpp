@@ -49,6 +49,9 @@ TEST(ApplicationExceptionHandler, OnlyALostConnectionRestartsEverythingElseIsSho
             EXPECT_EQ(timersOff, 1);
             EXPECT_EQ(restarts, 1);
             EXPECT_TRUE(handler.isRestarting());
+            // On the way out a further failure is not told again.
+            EXPECT_FALSE(handler.guard(c.fail));
+            EXPECT_EQ(prompt.messages.size() + restarts, 2u);
         } else {
             EXPECT_EQ(m.caption, QStringLiteral("Kestra v1.0"));
             EXPECT_EQ(m.text, c.shown);

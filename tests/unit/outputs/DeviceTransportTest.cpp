@@ -93,20 +93,6 @@ TEST(DeviceTransport, OpensLazilyKeepsOpenAndRetriesAFailedOpen)
     EXPECT_EQ(log.opened.size(), 4);
 }
 
-TEST(DeviceTransport, AFailedWriteIsCodeTwoAndThePortStaysOpen)
-{
-    ScriptedLineLog log;
-    auto transport = scriptedTransport(log);
-    log.writeResults = {true, false, false, true};
-    EXPECT_EQ(transport->SendDeviceData("1"), DeviceErrors::Success);
-    EXPECT_EQ(transport->SendDeviceData("2"), DeviceErrors::SendFailed);
-    EXPECT_EQ(transport->SendDeviceData("3"), DeviceErrors::SendFailed);
-    EXPECT_EQ(transport->SendDeviceData("4"), DeviceErrors::Success);
-    EXPECT_EQ(log.opened.size(), 1);
-    EXPECT_EQ(log.closes, 0);
-    EXPECT_TRUE(transport->isPortOpen());
-}
-
 TEST(DeviceTransport, OpeningOrSendingChecksNameThenAddressThenDevice)
 {
     for (const bool send : {false, true}) {
