@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace kestra;
 using namespace kestra::test;
 
@@ -65,80 +67,49 @@ TEST_F(DisplayLinesTest, EventLineBytesAndFieldsOutsideTheLine)
     rest.replace(5684, 3, QByteArray(3, ' '));
     EXPECT_EQ(rest, QByteArray(5699, ' '));
     EXPECT_EQ(writer.calls, QStringList{"event 2/1"});
-
-    // The score is right-aligned, the other numbers left-aligned.
-    EventSlot slot = routine(1);
-    slot.Score = 9.65;
-    slot.Start = 4.1;
-    slot.BScore = 5.55;
-    slot.Adjust = -0.1;
-    lines.FillEventLine(slot, 1);
-    EXPECT_EQ(bytesAt(record, 50, 21), QByteArray(" 9.6504.10 5.550 -0.1"));
 }
 
-TEST_F(DisplayLinesTest, LongTextsAreCutAndScoresOfAHundredLoseTheirLastDecimal)
+// A routine on slot 1 changed one way at a time: the block is the full
+// routine's but for the field the change lands in.
+TEST_F(DisplayLinesTest, EachValueIsCutPaddedOrBlankedInItsOwnFieldOnly)
 {
-    EventSlot slot = routine(1);
-    slot.Num = 98765;
-    slot.FName = QStringLiteral("Alexandrina-Maximiliana");
-    slot.LName = QStringLiteral("Featherstonehaugh-Worthington");
-    slot.ShortName = QStringLiteral("Northern Lights Gymnastics Academy");
-    slot.Score = 100.0;
-    slot.Start = 10.0;
-    slot.BScore = 10.0;
-    context.titles[1][0] = QStringLiteral("Vaulting table");
-    lines.FillEventLine(slot, 1);
-    EXPECT_EQ(bytesAt(record, 0, 6), QByteArray("VAULTI"));
-    EXPECT_EQ(bytesAt(record, 6, 4), QByteArray("9876"));
-    EXPECT_EQ(bytesAt(record, 10, 40), QByteArray("Alexandrina-Maximiliana Featherstonehaug"));
-    EXPECT_EQ(bytesAt(record, 50, 6), QByteArray("100.00"));
-    EXPECT_EQ(bytesAt(record, 56, 5), QByteArray("10.00"));
-    EXPECT_EQ(bytesAt(record, 61, 6), QByteArray("10.000"));
-    EXPECT_EQ(bytesAt(record, 71, 10), QByteArray(10, ' '));
-    EXPECT_EQ(bytesAt(record, 2261, 20), QByteArray("Northern Lights Gymn"));
-}
-
-TEST_F(DisplayLinesTest, MinusNinetyNineBlanksOnlyItsOwnField)
-{
+    lines.FillEventLine(routine(1), 1);
+    const QByteArray full = record.bytes();
     const struct {
-        double EventSlot::*member;
-        int offset;
-        int length;
+        const char *what;
+        std::function<void(EventSlot &, PlainContext &)> change;
+        int offset, length;
+        QByteArray bytes;
     } cases[] = {
-        {&EventSlot::Adjust, 67, 4},
-        {&EventSlot::DBonus, 3429, 6},
-        {&EventSlot::EBonus, 5681, 3},
+        {"the score right-aligned, the other numbers left",
+         [](EventSlot &s, PlainContext &) { s.Score = 9.65, s.Start = 4.1, s.BScore = 5.55, s.Adjust = -0.1; }, 50, 21,
+         " 9.6504.10 5.550 -0.1"},
+        {"scores of a hundred lose their last decimal",
+         [](EventSlot &s, PlainContext &) { s.Score = 100, s.Start = 10, s.BScore = 10; }, 50, 17, "100.0010.0010.000"},
+        {"-99 blanks the neutral deduction", [](EventSlot &s, PlainContext &) { s.Adjust = -99; }, 67, 4, "    "},
+        {"-99 blanks the D bonus", [](EventSlot &s, PlainContext &) { s.DBonus = -99; }, 3429, 6, "      "},
+        {"-99 blanks the E bonus", [](EventSlot &s, PlainContext &) { s.EBonus = -99; }, 5681, 3, "   "},
+        {"-99 as the score is a number", [](EventSlot &s, PlainContext &) { s.Score = -99; }, 50, 6, "-99.00"},
+        {"a long title", [](EventSlot &, PlainContext &c) { c.titles[1][0] = S("Vaulting table"); }, 0, 6, "VAULTI"},
+        {"a long number", [](EventSlot &s, PlainContext &) { s.Num = 98765; }, 6, 4, "9876"},
+        {"a long name",
+         [](EventSlot &s, PlainContext &) { s.FName = S("Alexandrina-Maximiliana"), s.LName = S("Featherstonehaugh-Worthington"); },
+         10, 40, "Alexandrina-Maximiliana Featherstonehaug"},
+        {"a long gym", [](EventSlot &s, PlainContext &) { s.ShortName = S("Northern Lights Gymnastics Academy"); }, 2261, 20,
+         "Northern Lights Gymn"},
+        // The formats themselves are formatName's table.
+        {"no first name keeps the separator of the format",
+         [](EventSlot &s, PlainContext &c) { s.FName.clear(), c.format = 1; }, 10, 40, QByteArray("Arden, ").leftJustified(40)},
     };
     for (const auto &c : cases) {
-        DisplayRecord full;
-        DisplayLines fullLines(full, context);
-        fullLines.FillEventLine(routine(1), 1);
-
-        DisplayRecord one;
-        DisplayLines oneLines(one, context);
+        SCOPED_TRACE(c.what);
+        PlainContext changedContext;
         EventSlot slot = routine(1);
-        slot.*(c.member) = -99;
-        oneLines.FillEventLine(slot, 1);
-
-        QByteArray expected = full.bytes();
-        expected.replace(c.offset, c.length, QByteArray(c.length, ' '));
-        EXPECT_EQ(one.bytes(), expected) << "field at " << c.offset;
+        c.change(slot, changedContext);
+        DisplayRecord changed;
+        DisplayLines(changed, changedContext).FillEventLine(slot, 1);
+        EXPECT_EQ(changed.bytes(), QByteArray(full).replace(c.offset, c.length, c.bytes));
     }
-    // -99 in the score itself is a number like any other.
-    EventSlot slot = routine(1);
-    slot.Score = -99;
-    lines.FillEventLine(slot, 1);
-    EXPECT_EQ(bytesAt(record, 50, 6), QByteArray("-99.00"));
-}
-
-TEST_F(DisplayLinesTest, TheNameIsComposedInTheChosenFormatBlanksAndAll)
-{
-    // The formats themselves are formatName's table.
-    EventSlot noFirstName = routine(1);
-    noFirstName.FName.clear();
-    context.format = 1;
-    lines.FillEventLine(noFirstName, 1);
-    EXPECT_EQ(record.read(layout::eventName(1)), QByteArray("Arden, ").leftJustified(40, ' '));
 }
 
 TEST_F(DisplayLinesTest, DisplaySlotIsTheRankAmongTickedEvents)
