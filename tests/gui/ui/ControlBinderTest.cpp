@@ -16,7 +16,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QVBoxLayout>
 
 using namespace kestra;
 using namespace kestra::test;
@@ -120,38 +119,6 @@ TEST(ControlBinderTest, clicksTypingAndPicksReachTheLogicAsTheOperators)
     sessionBox->lineEdit()->selectAll();
     press(sessionBox->lineEdit(), Qt::Key_Backspace);
     EXPECT_EQ(session.text(), QString()) << "emptied by typing";
-}
-
-TEST(ControlBinderTest, radioButtonsOfOneBoxUncheckTheOthersBeforeTheHandlerRuns)
-{
-    ControlSet c;
-    QGroupBox box;
-    auto *layout = new QVBoxLayout(&box);
-    QStringList seen;
-    std::vector<QRadioButton *> radios;
-    const char *names[] = {"rdoDaktronics", "rdoBarco", "rdoFile"};
-    for (const char *name : names) {
-        LogicalControl &control = c.add(S(name), S(name));
-        control.setClickHandler([&c, &seen, &names, name] {
-            QStringList checked;
-            for (const char *other : names) {
-                if (c(S(other)).isChecked())
-                    checked << S(other);
-            }
-            seen << S(name) + S(":") + checked.join(S(","));
-        });
-        radios.push_back(ControlBinder::radio(control, &box));
-        layout->addWidget(radios.back());
-    }
-    c(S("rdoDaktronics")).setChecked(true);
-    radios[1]->click();
-    radios[1]->click(); // the checked one again runs nothing
-    EXPECT_EQ(seen, QStringList({S("rdoBarco:rdoBarco")}));
-    EXPECT_FALSE(radios[0]->isChecked());
-    // The logic may uncheck every button, which a plain radio group refuses.
-    c(S("rdoBarco")).setChecked(false);
-    for (QRadioButton *radio : radios)
-        EXPECT_FALSE(radio->isChecked());
 }
 
 TEST(ControlBinderTest, aRadioGroupFollowsItsItemsEvenFromInsideAClick)

@@ -249,26 +249,6 @@ TEST_F(ScorePollTest, SideTwoIsTheTwinOfSideOneOnItsOwnGroupAndSessions)
     EXPECT_FALSE(marked().contains(sideOne));
 }
 
-TEST_F(ScorePollTest, NcaaModeNotesTheTeamOfEachScoreShown)
-{
-    rig.peer().execute(S("update Gymnasts set Team1 = 'A', Gym = 4 where MeetID = 1 and Num = 101"));
-    rig.peer().execute(S("update Gymnasts set Team1 = null, Team2 = null where MeetID = 1 and Num = 102"));
-    rig.main().stop();
-    ASSERT_TRUE(rig.main().selection().setNcaa(true));
-    ASSERT_TRUE(rig.main().start());
-    rig.main().workingSettings().Interval = 0;
-    EXPECT_EQ(rig.main().poll().teamOnEvent(1, 1), -1);
-    addScore(1, 1, "1", 101);
-    addScore(1, 2, "1", 102);
-    tickAt(kStart);
-    EXPECT_EQ(rig.main().poll().teamOnEvent(1, 1), 4);
-    EXPECT_EQ(rig.main().poll().teamOnEvent(2, 1), -1);
-    addScore(1, 3, "1", 101);
-    tickAt(kStart + 4000);
-    EXPECT_EQ(rig.main().poll().teamOnEvent(1, 1), -1) << "the team moved on";
-    EXPECT_EQ(rig.main().poll().teamOnEvent(3, 1), 4);
-}
-
 TEST_F(ScorePollTest, AFailedMarkStillShowsTheScoreAndTheRowIsTakenAgain)
 {
     tickOnly(1, {1});
