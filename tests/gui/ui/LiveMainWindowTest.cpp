@@ -7,7 +7,6 @@
 #include "ui/frmAbout.h"
 #include "ui/frmKestraMain.h"
 #include "ui/frmOutputStatus.h"
-#include "ui/frmSetupUnits.h"
 
 #include "kestra/Version.h"
 
@@ -25,7 +24,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSpinBox>
 #include <QTimer>
 
 #include <cstdlib>
@@ -125,13 +123,6 @@ TEST_F(LiveMainWindowTest, operatorPicksInTheWidgetsReachTheLogic)
     pick(get<QComboBox>("dblcboMeets"), S("Winter Quad 2024"));
     EXPECT_EQ(main->controls()(S("dblcboMeets")).currentIndex(), get<QComboBox>("dblcboMeets")->currentIndex());
 
-    // Column 2 comes with the dual box; the primary session becomes required.
-    EXPECT_FALSE(get<QComboBox>("cboSession2")->isEnabled());
-    get<QCheckBox>("chkDual")->click();
-    EXPECT_TRUE(main->isDual());
-    EXPECT_TRUE(get<QComboBox>("cboSession2")->isEnabled());
-    EXPECT_EQ(get<QLabel>("lblMust1")->text(), S("(Required)"));
-
     // A session picked from the list, shown with its description, is the
     // box's text.
     auto *session = get<QComboBox>("cboSession1");
@@ -221,19 +212,6 @@ TEST_F(LiveMainWindowTest, theFileTargetsSaveDialogSetsTheOutputFile)
     });
     get<QPushButton>("btnSelectFile")->click();
     EXPECT_EQ(main->settings().OutputFileName, chosen + S(".txt"));
-}
-
-TEST_F(LiveMainWindowTest, theSetupWindowOpensOverTheMainWindowAndItsValuesAreReadBack)
-{
-    EXPECT_EQ(main->settings().Interval, 60);
-    answerNext<frmSetupUnits>([this](frmSetupUnits &setup) {
-        EXPECT_EQ(setup.parentWidget(), window.get());
-        setup.findChild<QSpinBox *>(S("EditRefreshMin"))->setValue(7);
-        setup.findChild<QPushButton *>(S("btnClose"))->click();
-    });
-    get<QPushButton>("dxbtnSetupUnits")->click();
-    EXPECT_EQ(main->settings().Interval, 7);
-    EXPECT_EQ(main->kestraKey().ReadInteger(S("Options"), S("Interval"), -1), 7);
 }
 
 TEST_F(LiveMainWindowTest, theAboutWindowNamesTheVersionAndTheMaker)
