@@ -10,8 +10,8 @@ using namespace kestra::test;
 
 namespace {
 
-const QString WrongServer = QStringLiteral("Would you like to select a different server?");
-const QString LocateOrCreate = QStringLiteral(
+const QString WrongServer = S("Would you like to select a different server?");
+const QString LocateOrCreate = S(
     "Would you like to try to locate a different server?  If not, please run Marlowen to create a new database.");
 
 // A meet database that passes every check, on one backend, and the
@@ -21,8 +21,8 @@ struct World {
         : store(makeStore(b)), key(SettingsStore::marlowenKey(settingsDir.path())), alias(store.alias),
           address(store.address), admin(*store.store)
     {
-        unreachable = b == StoreBackend::Postgres ? QStringLiteral("127.0.0.1:1")
-                                                  : store.dir->file(QStringLiteral("no such folder"));
+        unreachable = b == StoreBackend::Postgres ? S("127.0.0.1:1")
+                                                  : store.dir->file(S("no such folder"));
     }
 
     void registerServers(const QList<ServerEntry> &list, const QString &current)
@@ -33,7 +33,7 @@ struct World {
     }
     void setVersion(quint32 version)
     {
-        admin.executeNative(QStringLiteral("update DBVersion set Version = ?"), {qint64(version)});
+        admin.executeNative(S("update DBVersion set Version = ?"), {qint64(version)});
     }
     std::unique_ptr<ServerConnection> connection(RecordingPrompt &prompt)
     {
@@ -60,18 +60,18 @@ class ConnectSequence : public testing::TestWithParam<StoreBackend> {};
 
 TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
 {
-    const QString mismatch = QStringLiteral("The database version you are accessing on the server \"Arena\" is %1 than the "
+    const QString mismatch = S("The database version you are accessing on the server \"Arena\" is %1 than the "
                                             "database version that Kestra is expecting.");
-    const QString accessed = QStringLiteral("Database version accessed: %1\\nDatabase version expected: 5.10.5.0\\n\\n");
-    const QString olderWhy = QStringLiteral(
+    const QString accessed = S("Database version accessed: %1\\nDatabase version expected: 5.10.5.0\\n\\n");
+    const QString olderWhy = S(
         "It is most likely because your version of Kestra is newer than the version of Marlowen that was used to "
         "create the database.  You should run Marlowen to update the database to the current version.");
-    const QString newerWhy = QStringLiteral(
+    const QString newerWhy = S(
         "It is most likely because your version of Kestra is older than the version of Marlowen that was used to "
         "create the database.  You should consider updating Kestra to the most current version.  Please visit "
         "www.corvane.com for more information.");
     const QString selectOther =
-        QStringLiteral("\\n\\nWould you like to select a different Marlowen Database on a different server?");
+        S("\\n\\nWould you like to select a different Marlowen Database on a different server?");
     const struct {
         const char *label;
         std::function<void(World &, ServerConnection &)> arrange;
@@ -104,7 +104,7 @@ TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
     for (const auto &k : cases) {
         SCOPED_TRACE(k.label);
         World w(GetParam());
-        w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, QStringLiteral("Arena"));
+        w.registerServers({{"Arena", "", w.address, "LAN / WAN"}}, S("Arena"));
         RecordingPrompt prompt;
         auto c = w.connection(prompt);
         int chooserCalls = 0;
@@ -121,9 +121,9 @@ TEST_P(ConnectSequence, EachRefusalAsksOnceAndNoGivesUp)
         EXPECT_EQ(m.instruction, k.instruction);
         EXPECT_EQ(m.text, k.text);
         if (k.reasonBehindExpander) {
-            EXPECT_EQ(m.detailsCollapsedLabel, QStringLiteral("Show reason"));
-            EXPECT_EQ(m.detailsExpandedLabel, QStringLiteral("Hide reason"));
-            EXPECT_EQ(m.details, QStringLiteral("The reason is:\r") + c->reason());
+            EXPECT_EQ(m.detailsCollapsedLabel, S("Show reason"));
+            EXPECT_EQ(m.detailsExpandedLabel, S("Hide reason"));
+            EXPECT_EQ(m.details, S("The reason is:\r") + c->reason());
             EXPECT_TRUE(m.details.contains(w.unreachable)) << m.details.toStdString();
         }
         EXPECT_EQ(chooserCalls, 0) << "No gives up without the server list";
@@ -137,109 +137,103 @@ TEST_P(ConnectSequence, YesOpensTheServerListAndTheChoiceIsStoredBeforeItIsTried
 {
     World w(GetParam());
     w.registerServers({{"Arena", "", w.unreachable, ""}, {"Backup", "", w.address, "Local PC"}},
-                      QStringLiteral("Arena"));
+                      S("Arena"));
     RecordingPrompt prompt;
     prompt.queueAnswer(PromptAnswer::Yes);
     auto c = w.connection(prompt);
     QString storedWhenChosen;
     c->setChooser([&](SettingsStore &key) -> std::optional<QString> {
         storedWhenChosen = RegisteredServers(key).currentServerName();
-        return QStringLiteral("Backup");
+        return S("Backup");
     });
     ASSERT_TRUE(c->connectAtStartup());
     EXPECT_EQ(prompt.messages.size(), 1u);
-    EXPECT_EQ(storedWhenChosen, QStringLiteral("Arena"));
-    EXPECT_EQ(c->currentServerName(), QStringLiteral("Backup"));
-    EXPECT_EQ(w.storedName(), QStringLiteral("Backup"));
+    EXPECT_EQ(storedWhenChosen, S("Arena"));
+    EXPECT_EQ(c->currentServerName(), S("Backup"));
+    EXPECT_EQ(w.storedName(), S("Backup"));
     EXPECT_TRUE(c->isConnected());
     EXPECT_EQ(w.titleUpdates, 2) << "once for the choice, once for the connection";
 
     // A bad choice is remembered: the next start goes straight to its dialog.
     RecordingPrompt again;
-    w.registerServers({{"Backup", "", w.unreachable, ""}}, QStringLiteral("Backup"));
+    w.registerServers({{"Backup", "", w.unreachable, ""}}, S("Backup"));
     auto next = w.connection(again);
     EXPECT_FALSE(next->connectAtStartup());
     ASSERT_EQ(again.messages.size(), 1u);
-    EXPECT_EQ(again.messages.front().instruction, QStringLiteral("Kestra was unable to connect to the server \"Backup\"."));
+    EXPECT_EQ(again.messages.front().instruction, S("Kestra was unable to connect to the server \"Backup\"."));
 }
 
-TEST_P(ConnectSequence, CancelInTheListAtStartGivesUp)
+TEST_P(ConnectSequence, CancelInTheListGivesUpAtStartAndKeepsTheServerInUseOnAChange)
 {
     World w(GetParam());
     w.registerServers({{"Arena", "", w.address, ""}}, QString());
     RecordingPrompt prompt;
-    auto c = w.connection(prompt);
     int chooserCalls = 0;
-    c->setChooser([&](SettingsStore &) -> std::optional<QString> { ++chooserCalls; return std::nullopt; });
-    EXPECT_FALSE(c->connectAtStartup());
+    const auto cancel = [&](SettingsStore &) -> std::optional<QString> { return ++chooserCalls, std::nullopt; };
+    auto start = w.connection(prompt);
+    start->setChooser(cancel);
+    EXPECT_FALSE(start->connectAtStartup());
     EXPECT_EQ(chooserCalls, 1);
     EXPECT_TRUE(prompt.messages.empty()) << "an empty name and Cancel end without a dialog";
 
-    // Yes to a dialog and then Cancel gives up as well.
-    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
-    prompt.queueAnswer(PromptAnswer::Yes);
-    auto d = w.connection(prompt);
-    d->setChooser([&](SettingsStore &) -> std::optional<QString> { ++chooserCalls; return std::nullopt; });
-    EXPECT_FALSE(d->connectAtStartup());
-    EXPECT_EQ(chooserCalls, 2);
-    EXPECT_EQ(prompt.messages.size(), 1u);
-}
-
-TEST_P(ConnectSequence, ChangeServerWithCancelReconnectsToTheServerInUse)
-{
-    World w(GetParam());
-    w.registerServers({{"Arena", "", w.address, ""}}, QStringLiteral("Arena"));
-    RecordingPrompt prompt;
+    w.registerServers({{"Arena", "", w.address, ""}}, S("Arena"));
     auto c = w.connection(prompt);
     ASSERT_TRUE(c->connectAtStartup());
     EXPECT_TRUE(prompt.messages.empty());
     EXPECT_EQ(w.titleUpdates, 1);
-    EXPECT_EQ(c->store().query(QStringLiteral("select Version from DBVersion")).value(0).toLongLong(), 0x050A0500);
-    c->setChooser([](SettingsStore &) -> std::optional<QString> { return std::nullopt; });
+    EXPECT_EQ(c->store().query(S("select Version from DBVersion")).value(0).toLongLong(), 0x050A0500);
+    c->setChooser(cancel);
     EXPECT_TRUE(c->changeServer());
     EXPECT_TRUE(c->isConnected());
-    EXPECT_EQ(c->currentServerName(), QStringLiteral("Arena"));
+    EXPECT_EQ(c->currentServerName(), S("Arena"));
     EXPECT_TRUE(prompt.messages.empty());
 
-    // With the server gone meanwhile, its dialog comes, and No ends the program.
-    w.registerServers({{"Arena", "", w.unreachable, ""}}, QStringLiteral("Arena"));
+    // With the server gone meanwhile, its dialog comes; No ends the program,
+    // and so does Yes and Cancel in the list.
+    w.registerServers({{"Arena", "", w.unreachable, ""}}, S("Arena"));
     EXPECT_FALSE(c->changeServer());
     EXPECT_FALSE(c->isConnected());
     ASSERT_EQ(prompt.messages.size(), 1u);
-    EXPECT_EQ(prompt.messages.front().instruction, QStringLiteral("Kestra was unable to connect to the server \"Arena\"."));
+    EXPECT_EQ(prompt.messages.front().instruction, S("Kestra was unable to connect to the server \"Arena\"."));
+    prompt.queueAnswer(PromptAnswer::Yes);
+    auto d = w.connection(prompt);
+    d->setChooser(cancel);
+    EXPECT_FALSE(d->connectAtStartup());
+    EXPECT_EQ(chooserCalls, 4);
+    EXPECT_EQ(prompt.messages.size(), 2u);
 }
 
 TEST_P(ConnectSequence, ARunConnectsByNameOrAddressAndWritesNothingShared)
 {
     World w(GetParam());
-    w.registerServers({{"Arena", "", w.address, ""}}, QStringLiteral("Elsewhere"));
+    w.registerServers({{"Arena", "", w.address, ""}}, S("Elsewhere"));
     RecordingPrompt prompt;
     QString error;
 
-    auto byName = connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error);
+    auto byName = connectForRun({QString(), S("Arena"), w.alias}, w.key, prompt, &error);
     ASSERT_TRUE(byName) << error.toStdString();
     EXPECT_TRUE(byName->isConnected());
-    EXPECT_EQ(byName->currentServerName(), QStringLiteral("Arena"));
+    EXPECT_EQ(byName->currentServerName(), S("Arena"));
 
     auto byAddress = connectForRun({w.address, QString(), w.alias}, w.key, prompt, &error);
     ASSERT_TRUE(byAddress) << error.toStdString();
     EXPECT_EQ(byAddress->currentServerName(), w.address);
     EXPECT_TRUE(prompt.messages.empty());
-    EXPECT_EQ(w.storedName(), QStringLiteral("Elsewhere"));
+    EXPECT_EQ(w.storedName(), S("Elsewhere"));
 
     // Every dialog is answered No; the reason comes back as one line (the
     // headless program's refusals hold the other reasons).
     ASSERT_TRUE(RegisteredServers(w.key).setCurrentServerName(QString()));
     EXPECT_FALSE(connectForRun({QString(), QString(), w.alias}, w.key, prompt, &error));
-    EXPECT_TRUE(error.startsWith(QStringLiteral("no meet server is chosen"))) << error.toStdString();
+    EXPECT_TRUE(error.startsWith(S("no meet server is chosen"))) << error.toStdString();
     w.setVersion(0x050A0400);
-    EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, prompt, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
+    EXPECT_FALSE(connectForRun({QString(), S("Arena"), w.alias}, w.key, prompt, &error));
+    EXPECT_TRUE(error.contains(S("is older than"))) << error.toStdString();
     // With the dialogs as log lines.
-    EXPECT_FALSE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("is older than"))) << error.toStdString();
+    EXPECT_FALSE(connectForRun({QString(), S("Arena"), w.alias}, w.key, &error));
+    EXPECT_TRUE(error.contains(S("is older than"))) << error.toStdString();
     w.setVersion(0x050A0500);
-    EXPECT_TRUE(connectForRun({QString(), QStringLiteral("Arena"), w.alias}, w.key, &error));
+    EXPECT_TRUE(connectForRun({QString(), S("Arena"), w.alias}, w.key, &error));
 }
 
 KESTRA_BOTH_BACKENDS(ConnectSequence);
@@ -248,17 +242,17 @@ TEST(ConnectSequenceOnPostgres, TheAddressWinsAndTheHostNameIsTheFallback)
 {
     World w(StoreBackend::Postgres);
     const int port = sharedPostgres().port;
-    const QString host = QStringLiteral("localhost:%1").arg(port);
+    const QString host = S("localhost:%1").arg(port);
     const struct {
         const char *ip;
         QString expectedAddress;
     } cases[] = {
-        {"127.0.0.1", QStringLiteral("127.0.0.1:%1").arg(port)},
-        {"127.0.0.2", QStringLiteral("localhost:%1").arg(port)}, // nothing listens there: refused at once
-        {"", QStringLiteral("localhost:%1").arg(port)},
+        {"127.0.0.1", S("127.0.0.1:%1").arg(port)},
+        {"127.0.0.2", S("localhost:%1").arg(port)}, // nothing listens there: refused at once
+        {"", S("localhost:%1").arg(port)},
     };
     for (const auto &k : cases) {
-        w.registerServers({{"Arena", k.ip, host, "LAN / WAN"}}, QStringLiteral("Arena"));
+        w.registerServers({{"Arena", k.ip, host, "LAN / WAN"}}, S("Arena"));
         RecordingPrompt prompt;
         auto c = w.connection(prompt);
         ASSERT_TRUE(c->connectAtStartup()) << k.ip;
@@ -270,30 +264,30 @@ TEST(ConnectSequenceOnPostgres, TheAddressWinsAndTheHostNameIsTheFallback)
 TEST(ConnectSequenceOnPostgres, WhenBothFailTheReasonIsTheLastAttempts)
 {
     World w(StoreBackend::Postgres);
-    w.registerServers({{"Arena", "127.0.0.2", "127.0.0.1:1", ""}, {"Empty", "", "", ""}}, QStringLiteral("Arena"));
+    w.registerServers({{"Arena", "127.0.0.2", "127.0.0.1:1", ""}, {"Empty", "", "", ""}}, S("Arena"));
     RecordingPrompt prompt;
     prompt.queueAnswer(PromptAnswer::Yes);
     auto c = w.connection(prompt);
-    c->setChooser([](SettingsStore &) -> std::optional<QString> { return QStringLiteral("Empty"); });
+    c->setChooser([](SettingsStore &) -> std::optional<QString> { return S("Empty"); });
     EXPECT_FALSE(c->connectAtStartup());
     ASSERT_EQ(prompt.messages.size(), 2u);
     const QString first = prompt.messages[0].details;
-    EXPECT_TRUE(first.contains(QStringLiteral("127.0.0.1:1"))) << first.toStdString();
-    EXPECT_FALSE(first.contains(QStringLiteral("127.0.0.2"))) << first.toStdString();
+    EXPECT_TRUE(first.contains(S("127.0.0.1:1"))) << first.toStdString();
+    EXPECT_FALSE(first.contains(S("127.0.0.2"))) << first.toStdString();
     // An entry with neither address tries nothing and shows what was left.
-    EXPECT_EQ(prompt.messages[1].instruction, QStringLiteral("Kestra was unable to connect to the server \"Empty\"."));
+    EXPECT_EQ(prompt.messages[1].instruction, S("Kestra was unable to connect to the server \"Empty\"."));
     EXPECT_EQ(prompt.messages[1].details, first);
 }
 
 TEST(ConnectSequenceOnPostgres, AUriNamesTheServerTheRoleAndTheDatabase)
 {
     World w(StoreBackend::Postgres);
-    const QString uri = QStringLiteral("postgresql://postgres@127.0.0.1:%1/%2?connect_timeout=3")
+    const QString uri = S("postgresql://postgres@127.0.0.1:%1/%2?connect_timeout=3")
                             .arg(sharedPostgres().port)
                             .arg(w.alias.toLower());
     QString error;
     auto c = connectForRun({uri, QString(), QString()}, w.key, &error);
     ASSERT_TRUE(c) << error.toStdString();
     EXPECT_TRUE(c->isConnected());
-    EXPECT_EQ(c->store().query(QStringLiteral("select count(*) from DBVersion")).recordCount(), 1);
+    EXPECT_EQ(c->store().query(S("select count(*) from DBVersion")).recordCount(), 1);
 }

@@ -22,29 +22,16 @@ TEST(PackField, CutsOrPadsToExactlyLastIndexPlusOneBytes)
     EXPECT_EQ(buffer.left(8), QByteArray("Zo\xe9 ?   "));
 }
 
+// Where each region lies is pinned by the frames that carry it.
 TEST(DisplayRecord, RegionsTileTheBlockInOffsetOrder)
 {
-    const struct {
-        Field region;
-        int offset;
-        int length;
-    } expected[] = {
-        {layout::kEventLines, 0, 486},       {layout::kLeaderPages, 486, 1413},   {layout::kNcaaGroup1, 1899, 362},
-        {layout::kEventGyms, 2261, 120},     {layout::kLeaderGyms, 2381, 480},    {layout::kNcaaMatrix, 2861, 568},
-        {layout::kEventDBonus, 3429, 36},    {layout::kNcaaGroups2To6, 3465, 1580}, {layout::kNcaaEventScores, 5045, 216},
-        {layout::kNowUpLines, 5261, 420},    {layout::kEventEBonus, 5681, 18},
-    };
     int next = 0;
-    for (const auto &e : expected) {
-        EXPECT_EQ(e.region.offset, e.offset);
-        EXPECT_EQ(e.region.length, e.length);
-        EXPECT_EQ(e.region.offset, next) << "gap or overlap before " << e.offset;
-        next = e.region.end();
+    for (const Field &region : layout::kRegions) {
+        EXPECT_EQ(region.offset, next) << "gap or overlap before " << region.offset;
+        next = region.end();
     }
     EXPECT_EQ(next, 5699);
-    ASSERT_EQ(layout::kRegions.size(), 11u);
-    for (std::size_t i = 0; i < layout::kRegions.size(); ++i)
-        EXPECT_EQ(layout::kRegions[i], expected[i].region);
+    EXPECT_EQ(layout::kRegions.size(), 11u);
 }
 
 TEST(DisplayRecord, PackWritesOnlyItsFieldAndBlankClears)

@@ -1,5 +1,6 @@
-// What each moment of the main window reads from Kestra's key. What the close
-// writes, and what the stored target flags check, the main window's tests hold.
+// What each moment of the main window reads from Kestra's key. The defaults of
+// a first run are what Setup writes back on its first close; what the main
+// window's close writes, and what the stored target flags check, its tests hold.
 #include "setup/KestraSettings.h"
 #include "setup/SettingsStore.h"
 
@@ -8,30 +9,9 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
 
 using namespace kestra;
 using namespace kestra::test;
-
-TEST(KestraSettings, AFirstRunWithAnEmptyStoreGivesEveryDefault)
-{
-    TempDir dir;
-    const SettingsStore key = SettingsStore::kestraKey(dir.path());
-    KestraSettings s;
-    s.COMPort = s.MySQLUser = S("junk");
-    s.Interval = 1;
-    s.readAtCreate(key);
-    s.readAtShow(key);
-    EXPECT_EQ(s.COMPort, S("COM2"));
-    EXPECT_EQ(s.UDPPort, S("12345"));
-    EXPECT_EQ(s.IPAddr, S("255.255.255.255"));
-    EXPECT_EQ((std::vector<int>{s.BaseAddr, s.Interval, s.IntervalMax, s.CycleRate, s.NameFormat, s.NCAATeam}),
-              (std::vector<int>{760, 60, 180, 20, 0, 0}));
-    EXPECT_TRUE(s.UseSingleNCAA);
-    EXPECT_TRUE(s.UseDaktronics);
-    EXPECT_EQ(s.MySQLServer + s.MySQLDatabase + s.MySQLUser + s.MySQLPass + s.OutputFileName, QString());
-    EXPECT_FALSE(s.UseBarco || s.UseWhiteWay || s.UseFile || s.UseXML || s.UseXpression || s.NCAAMode || s.STXETX);
-}
 
 TEST(KestraSettings, EachMomentReadsItsOwnValuesAndBadNumbersFallBack)
 {
