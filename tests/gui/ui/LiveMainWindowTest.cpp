@@ -231,43 +231,4 @@ TEST_F(LiveMainWindowTest, theAboutWindowNamesTheVersionAndTheMaker)
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
-// The window over a few controls of its own: hints and strays.
-LogicalControl &add(ControlSet &c, const char *name, const char *kind, const char *text = "")
-{
-    LogicalControl &control = c.add(S(name), S(text));
-    control.setProperty(S("kind"), S(kind));
-    return control;
-}
-
-TEST(MainWindowLayoutTest, controlsOutsideThePlanAreStillDrawn)
-{
-    ControlSet controls;
-    add(controls, "btnScoreStart", "button", "Start");
-    add(controls, "chkSomethingNew", "check", "Something new");
-    add(controls, "lblNote", "label", "A note");
-    DisplayRecord record;
-    frmKestraMain window(controls, record);
-    EXPECT_EQ(window.unplacedControls(), QStringList({S("chkSomethingNew"), S("lblNote")}));
-    auto *more = window.findChild<QGroupBox *>(S("grpMore"));
-    ASSERT_NE(more, nullptr);
-    EXPECT_FALSE(more->isHidden());
-    EXPECT_NE(more->findChild<QCheckBox *>(S("chkSomethingNew")), nullptr);
-    // Absent controls leave their places empty; the status view is always there.
-    EXPECT_EQ(window.findChild<QComboBox *>(S("dblcboMeets")), nullptr);
-    EXPECT_NE(window.findChild<QPushButton *>(S("Button1")), nullptr);
-}
-
-TEST(FileDialogFilters, patternsInBothCases)
-{
-    const char *cases[][2] = {{"Text Files|*.TXT", "Text Files (*.TXT *.txt)"},
-                              {"XML Files|*.XML", "XML Files (*.XML *.xml)"},
-                              {"All Files|*.*", "All Files (*.*)"},
-                              {"Logs|*.LOG;*.txt", "Logs (*.LOG *.log *.txt)"},
-                              {"", ""},
-                              {"no bar", ""},
-                              {"Empty|", ""}};
-    for (const auto &c : cases)
-        EXPECT_EQ(fileDialogFilter(S(c[0])), S(c[1])) << '"' << c[0] << '"';
-}
-
 } // namespace

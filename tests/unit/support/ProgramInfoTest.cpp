@@ -5,14 +5,6 @@
 
 using namespace kestra;
 
-TEST(ProgramInfo, TheTitleNamesVersionAndServerEvenWithoutAVersion)
-{
-    EXPECT_EQ(ExeInfo({QStringLiteral("2.3.4"), {}}).title(QStringLiteral("Arena")),
-              QStringLiteral("Kestra v2.3.4 - Jumbotron Display Generator, Server: Arena"));
-    EXPECT_EQ(ExeInfo().title(QStringLiteral("Arena")),
-              QStringLiteral("Kestra v - Jumbotron Display Generator, Server: Arena"));
-}
-
 TEST(ProgramInfo, TheAboutWindowCutsTheNoticeBeforeAllRightsReserved)
 {
     const struct {

@@ -26,23 +26,4 @@ TEST(StopSignalsTest, eachSignalArrivesOnTheLoopInOrder)
     EXPECT_EQ(stop.lastSignal(), SIGINT);
 }
 
-TEST(StopSignalsTest, onlyOneAtATimeAndTheOldHandlersComeBack)
-{
-    struct sigaction before = {};
-    ::sigaction(SIGTERM, nullptr, &before);
-    {
-        StopSignals first;
-        ASSERT_TRUE(first.isInstalled());
-        StopSignals second;
-        EXPECT_FALSE(second.isInstalled());
-    }
-    // The second one going first did not take the first one's pipe; both
-    // gone, the handler is the one from before.
-    struct sigaction after = {};
-    ::sigaction(SIGTERM, nullptr, &after);
-    EXPECT_EQ(after.sa_handler, before.sa_handler);
-    StopSignals again;
-    EXPECT_TRUE(again.isInstalled());
-}
-
 } // namespace
