@@ -3,6 +3,7 @@
 #include "ui/frmRegisteredServers.h"
 
 #include "gui/Operator.h"
+#include "support/MainRig.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -79,13 +80,7 @@ TEST(ServerListWidget, DrawsTheListLoadsAfterShowingAndForwardsTheOperator)
 TEST(ServerListWidget, IsTheServerListOfTheConnectSequence)
 {
     TempDir meet;
-    {
-        auto store = MeetStore::forAddress(meet.path());
-        store->createDatabase();
-        store->connect();
-        store->openDatabase();
-        MeetSchema::create(*store);
-    }
+    seedMeet(meet.path());
     TempDir dir;
     SettingsStore key = SettingsStore::marlowenKey(dir.path());
     ASSERT_TRUE(RegisteredServers(key).rewrite({{"Laptop", "", meet.path(), "Local PC"}}));

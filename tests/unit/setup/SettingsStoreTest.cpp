@@ -94,8 +94,11 @@ TEST(SettingsStore, AWriteThatChangesNothingLeavesTheFileAndAnUpdateThatGivesUpW
     const ino_t inode = fileStat(key.filePath()).st_ino;
     EXPECT_TRUE(key.WriteInteger(S("custom"), S("teamid"), 2));
     EXPECT_EQ(fileStat(key.filePath()).st_ino, inode);
+    // A change replaces the file whole, so that another program never reads half of it.
+    ASSERT_TRUE(key.WriteInteger(S("Custom"), S("TeamID"), 3));
+    EXPECT_NE(fileStat(key.filePath()).st_ino, inode);
     EXPECT_FALSE(key.update([](SettingsDocument &doc) { return !doc.removeSection(S("Custom")); }));
-    EXPECT_EQ(key.ReadInteger(S("Custom"), S("TeamID"), 0), 2);
+    EXPECT_EQ(key.ReadInteger(S("Custom"), S("TeamID"), 0), 3);
 }
 
 TEST(SettingsStore, ASharedFileKeepsItsPermissionsAndItsLink)

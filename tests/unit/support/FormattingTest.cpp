@@ -7,59 +7,34 @@
 
 using namespace kestra;
 
-namespace {
-
-struct FloatCase {
-    double value;
-    const char *picture;
-    const char *expected;
-};
-
-} // namespace
-
 TEST(FormatFloat, PicturesRoundHalfAwayFromZeroOnEighteenDigits)
 {
-    const FloatCase cases[] = {
-        {0.0, "#0.000", "0.000"},
-        {9.65, "#0.000", "9.650"},
-        {14.2, "#0.000", "14.200"},
-        {100.0, "#0.000", "100.000"},          // more integer digits than the picture
-        {12345.678, "#0.0", "12345.7"},
-        {5.5, "#0.00", "5.50"},
-        {0.3, "#0.0", "0.3"},
-        {-0.3, "#0.0", "-0.3"},
-        {-99.0, "#0.0", "-99.0"},
-        {0.1, "#0.000", "0.100"},
-        {9.45, "000.0000", "009.4500"},
-        {1.5, "0.00", "1.50"},
-        {196.125, "##0.000", "196.125"},
+    const struct {
+        double value;
+        const char *picture;
+        const char *expected;
+    } cases[] = {
+        {9.65, "#0.000", "9.650"},         {100.0, "#0.000", "100.000"}, // more integer digits than the picture
+        {12345.678, "#0.0", "12345.7"},    {-0.3, "#0.0", "-0.3"},
+        {9.45, "000.0000", "009.4500"},    {196.125, "##0.000", "196.125"},
         // Exactly half: away from zero, on both sides of zero.
-        {0.125, "#0.00", "0.13"},
-        {-0.125, "#0.00", "-0.13"},
-        {0.25, "#0.0", "0.3"},
-        {-0.25, "#0.0", "-0.3"},
+        {0.125, "#0.00", "0.13"},          {-0.125, "#0.00", "-0.13"},
         // The 18-digit text decides, not the decimal literal: 1.005 is held
         // as 1.00499999999999989 and 2.675 as 2.67499999999999982.
-        {1.005, "0.00", "1.00"},
-        {2.675, "#0.00", "2.67"},
+        {1.005, "0.00", "1.00"},           {2.675, "#0.00", "2.67"},
         // 9.4625 as a double lies just above the half.
         {9.4625, "#0.000", "9.463"},
         // Values that print alike are alike after the round.
-        {9.4999999, "#0.000", "9.500"},
-        {9.5000001, "#0.000", "9.500"},
+        {9.4999999, "#0.000", "9.500"},    {9.5000001, "#0.000", "9.500"},
         // Carries run through the point and add a digit.
-        {9.9996, "#0.000", "10.000"},
-        {-9.9996, "#0.000", "-10.000"},
-        {99.95, "#0.0", "100.0"},
+        {9.9996, "#0.000", "10.000"},      {-9.9996, "#0.000", "-10.000"},
         // Nothing left but zeros: no minus sign.
-        {-0.0001, "#0.000", "0.000"},
-        {-0.0, "#0.0", "0.0"},
+        {-0.0001, "#0.000", "0.000"},      {-0.0, "#0.0", "0.0"},
         // Tiny and huge magnitudes.
-        {0.0004999, "#0.000", "0.000"},
-        {0.0005, "#0.000", "0.001"},
+        {0.0004999, "#0.000", "0.000"},    {0.0005, "#0.000", "0.001"},
         {1e20, "#0.0", "100000000000000000000.0"},
     };
-    for (const FloatCase &c : cases) {
+    for (const auto &c : cases) {
         EXPECT_EQ(formatFloat(c.value, QString::fromLatin1(c.picture)), QString::fromLatin1(c.expected))
             << c.value << " by " << c.picture;
     }
