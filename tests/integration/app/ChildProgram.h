@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QRegularExpression>
 
 #include <csignal>
 
@@ -75,22 +74,6 @@ public:
     bool waitForError(const QString &text, std::chrono::milliseconds limit = std::chrono::seconds(5))
     {
         return waitUntil([&] { return errors().contains(text); }, limit);
-    }
-    // The first line of standard output that matches, or nothing in time.
-    QString waitForLine(const QString &pattern)
-    {
-        const QRegularExpression re(pattern);
-        QString found;
-        waitUntil([&] {
-            for (const QString &line : output().split(QLatin1Char('\n'))) {
-                if (re.match(line).hasMatch()) {
-                    found = line;
-                    return true;
-                }
-            }
-            return false;
-        });
-        return found;
     }
     QProcess &process() { return m_process; }
 

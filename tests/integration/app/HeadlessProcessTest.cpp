@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 #include <vector>
 
 using namespace kestra;
@@ -20,16 +21,12 @@ using namespace kestra::test;
 
 namespace {
 
-// What a board shows, frame by frame: each new competitor in an event slot.
+// What a board shows, frame by frame: each new competitor of an event slot.
 struct BoardView {
-    struct Shown {
-        QString num;
-        QString score;
-    };
     DaktronicsDecoder decoder;
     BoardMirror mirror;
     QStringList rejected;
-    std::map<int, std::vector<Shown>> shown; // by slot
+    std::map<int, QList<std::pair<QString, double>>> shown; // number and score, by slot
     std::size_t count = 0;
 
     void take(const DecodeResult &r)
@@ -39,9 +36,9 @@ struct BoardView {
             mirror.apply(frame);
             for (int slot = 1; slot <= 6; ++slot) {
                 const QString num = mirror.record().text(layout::eventNum(slot)).trimmed();
-                std::vector<Shown> &seen = shown[slot];
-                if (!num.isEmpty() && (seen.empty() || seen.back().num != num)) {
-                    seen.push_back({num, mirror.record().text(layout::eventScore(slot)).trimmed()});
+                auto &seen = shown[slot];
+                if (!num.isEmpty() && (seen.isEmpty() || seen.back().first != num)) {
+                    seen.append({num, mirror.record().text(layout::eventScore(slot)).toDouble()});
                     ++count;
                 }
             }
@@ -53,15 +50,11 @@ struct BoardView {
     {
         EXPECT_TRUE(rejected.isEmpty()) << rejected.join(S("\n")).toStdString();
         EXPECT_EQ(count, fed.size());
-        std::map<int, std::vector<const DevStore::FeedScore *>> expected;
-        for (const DevStore::FeedScore &f : fed)
-            expected[f.event].push_back(&f);
-        for (const auto &[event, scores] : expected) {
-            ASSERT_EQ(shown[event].size(), scores.size()) << "event " << event;
-            for (std::size_t i = 0; i < scores.size(); ++i) {
-                EXPECT_EQ(shown[event][i].num, QString::number(scores[i]->num)) << "event " << event << " #" << i;
-                EXPECT_NEAR(shown[event][i].score.toDouble(), scores[i]->score, 0.0006) << "event " << event << " #" << i;
-            }
+        std::map<int, int> next;
+        for (const DevStore::FeedScore &f : fed) {
+            const auto onBoard = shown[f.event].value(next[f.event]++);
+            EXPECT_EQ(onBoard.first, QString::number(f.num)) << "event " << f.event;
+            EXPECT_NEAR(onBoard.second, f.score, 0.0006) << "event " << f.event;
         }
     }
 };

@@ -324,23 +324,6 @@ TEST(KestraMainPreparedTest, StartEnablesTheTimersOfTheTargetAndTheMode)
     }
 }
 
-TEST(KestraMainPreparedTest, StartRegistersTheApplicationOnceUnderItsOwnNumber)
-{
-    MainRig rig;
-    ASSERT_TRUE(rig.open());
-    ASSERT_TRUE(rig.main().start());
-    EXPECT_EQ(rig.scalar(S("select AppName from ScoreApps where AppID = 4")).toString(), S("Kestra"));
-    rig.main().stop();
-    ASSERT_TRUE(rig.main().start());
-    EXPECT_EQ(rig.scalar(S("select count(*) from ScoreApps")).toInt(), 1);
-
-    // A row the scoring product made under another name is left alone.
-    MainRig other([](MeetStore &s) { s.insertRow(S("ScoreApps"), {{"AppID", 4}, {"AppName", "Generator"}}); });
-    ASSERT_TRUE(other.open());
-    ASSERT_TRUE(other.main().start());
-    EXPECT_EQ(other.scalar(S("select AppName from ScoreApps")).toString(), S("Generator"));
-}
-
 TEST(KestraMainPreparedTest, StartRefusesMissingOrClashingSessionsWithTheRightMessageAndFocus)
 {
     const char *dualMissing = "A session number must be entered for dual-session generation";
