@@ -155,6 +155,16 @@ QList<QByteArray> MainRig::newFrames(int atLeast)
     return fresh;
 }
 
+QString MainRig::runningTimers()
+{
+    QStringList running;
+    for (int t = 1; t <= 4; ++t) {
+        if (m_main->timer(t).isActive())
+            running << QString::number(t);
+    }
+    return running.join(QLatin1Char(' '));
+}
+
 RecordingWriter &MainRig::recordTo(OutputTarget target, TargetKind kind)
 {
     const QString name = KestraMain::targetButtons()[int(target) - int(OutputTarget::Daktronics)];

@@ -76,6 +76,8 @@ public:
     QList<QByteArray> frames(int atLeast = 0);
     // The frames received since the last call.
     QList<QByteArray> newFrames(int atLeast = 0);
+    // The numbers of the window's running timers, as "1 3".
+    QString runningTimers();
     // A recording writer for the target, made the checked one.
     RecordingWriter &recordTo(OutputTarget target, TargetKind kind = TargetKind::Record);
 

@@ -1,5 +1,6 @@
-// The display clockwork of the main window: the record targets' timer, the
-// NCAA team blocks and "Clear Events". Recording writers stand in for the
+// The display clockwork of the main window: the NCAA team blocks and "Clear
+// Events". Which targets the record timer runs for and what the XML target's
+// status shows are the main window's tests. Recording writers stand in for the
 // targets to show which parts each one is handed; what a writer makes of a
 // part is its own test's.
 #include "generator/DisplayCycle.h"
@@ -58,34 +59,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(DisplayCycleTest, TimerTwoHandsTheWholeBlockToRecordTargetsOnly)
-{
-    const struct {
-        OutputTarget target;
-        TargetKind kind;
-        DeviceError result;
-        QStringList calls;
-        QString status; // lblStatus afterwards, starting from "-"
-    } cases[] = {
-        {OutputTarget::Barco, TargetKind::Record, DeviceErrors::PortOpenFailed, {"record"}, "-"},
-        {OutputTarget::File, TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "-"},
-        {OutputTarget::XML, TargetKind::Record, DeviceErrors::Success, {"record"}, "Success"},
-        {OutputTarget::XML, TargetKind::Record, DeviceErrors::SendFailed, {"record"}, "FAILED"},
-        {OutputTarget::WhiteWay, TargetKind::Line, DeviceErrors::Success, {}, "-"},
-        {OutputTarget::Xpression, TargetKind::Line, DeviceErrors::Success, {}, "-"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(int(c.target) * 100 + int(c.result));
-        RecordingWriter &w = rig.recordTo(c.target, c.kind);
-        w.result = c.result;
-        rig(S("lblStatus")).setText(S("-"));
-        cycle().timer2Tick();
-        EXPECT_EQ(w.calls, c.calls);
-        EXPECT_EQ(rig(S("lblStatus")).text(), c.status);
-    }
-    EXPECT_TRUE(rig.prompt.messages.empty()) << "no box from Timer2";
-}
 
 TEST_F(DisplayCycleTest, SingleTeamModeGoesRoundTheFilledRowsOneATick)
 {

@@ -52,9 +52,6 @@ std::vector<DialectCase> cases()
         {"poll statement", ScoreQueueSql(1, 2, 3, {"1", "O'B", "", ""}).join(QLatin1Char('\n')),
          QStringLiteral("select s.*, g2.\"Short Name\" from ScoreQueue s, Gymnasts g1, Gyms g2\n") + pollTail,
          QStringLiteral("select s.*, g2.\"short name\" from ScoreQueue s, Gymnasts g1, Gyms g2\n") + pollTail},
-        both("carriage returns and line feeds between lines",
-             "select ScoreQueue.* from ScoreQueue s\r\nwhere s.Num = 5\r\n",
-             "select s.* from ScoreQueue s\r\nwhere s.Num = 5\r\n"),
         same("table name as qualifier when unaliased stays",
              "select distinct Events, Gymnasts.Level, LevelSort from Gymnasts, Levels where gymnasts.level = levels.level"),
         both("alias given with as, qualifier in another case",
@@ -109,8 +106,6 @@ std::vector<DialectCase> cases()
              "select s.Num from ScoreQueue s where not exists (select 1 from QueueDone nx1 where (nx1.AppID = 4) and nx1.DataID = s.DataID)"),
         same("comments and double blanks after as pass through",
              "select g1.E1Final as  e11final, -- first meet\n g1.AA /* all-around */ from gymnasts g1"),
-        same("booleans, coalesce and in lists pass through",
-             "select Num from Gymnasts where scratched = FALSE and E1Flag = True and coalesce(Team2, '') <> '' and Session in ('1','2')"),
     };
 }
 
