@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
@@ -93,27 +92,6 @@ TEST(MessageBoxPromptTest, askAnswersWithTheButtonPressedOverItsOwner)
     plain.text = S("All windows must be closed before the server can be changed.");
     answerNext<QMessageBox>([](QMessageBox &box) { box.reject(); });
     EXPECT_EQ(prompt.ask(plain), PromptAnswer::Ok);
-}
-
-TEST(MessageBoxPromptTest, detailsOpenBehindTheMessagesOwnLabels)
-{
-    MessageBoxPrompt prompt;
-    QStringList labels;
-    answerNext<QMessageBox>([&labels](QMessageBox &box) {
-        QAbstractButton *more = nullptr;
-        for (QAbstractButton *b : box.buttons())
-            if (box.buttonRole(b) == QMessageBox::ActionRole)
-                more = b;
-        ASSERT_NE(more, nullptr);
-        labels << more->text();
-        more->click();
-        labels << more->text();
-        more->click();
-        labels << more->text();
-        box.button(QMessageBox::Yes)->click();
-    });
-    EXPECT_EQ(prompt.ask(reasonQuestion()), PromptAnswer::Yes);
-    EXPECT_EQ(labels, QStringList({S("Show reason"), S("Hide reason"), S("Show reason")}));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "StoreFixture.h"
 
-#include "meetdb/DevStore.h"
 
 #include <QDateTime>
 
@@ -9,7 +8,7 @@
 
 namespace kestra::test {
 
-FreshStore makeStore(StoreBackend backend, Contents contents)
+FreshStore makeStore(StoreBackend backend)
 {
     FreshStore f;
     f.backend = backend;
@@ -26,10 +25,7 @@ FreshStore makeStore(StoreBackend backend, Contents contents)
     }
     f.store->connect();
     f.store->openDatabase(f.alias);
-    if (contents != Contents::Empty)
-        MeetSchema::create(*f.store);
-    if (contents == Contents::Seeded)
-        DevStore::seed(*f.store);
+    MeetSchema::create(*f.store);
     return f;
 }
 

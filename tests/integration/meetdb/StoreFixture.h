@@ -25,9 +25,8 @@ struct FreshStore {
     std::unique_ptr<MeetStore> openAnother() const;
 };
 
-enum class Contents { Empty, Schema, Seeded };
-
-FreshStore makeStore(StoreBackend backend, Contents contents = Contents::Schema);
+// With the schema made.
+FreshStore makeStore(StoreBackend backend);
 
 inline std::string backendLabel(const testing::TestParamInfo<StoreBackend> &info)
 {

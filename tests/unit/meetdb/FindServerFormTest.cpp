@@ -1,13 +1,26 @@
 #include "meetdb/FindNXServerForm.h"
 #include "meetdb/RegisteredServersForm.h"
 
-#include "support/FakeDiscovery.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestra;
-using kestra::test::FakeDiscovery;
+
+namespace {
+
+// A discovery whose scans end when the test answers them.
+class FakeDiscovery final : public ServerDiscovery {
+public:
+    void startScan() override { ++starts; }
+    void answer(const QStringList &servers, const QString &networkProblem = {})
+    {
+        emit scanFinished(ServerScan{servers, networkProblem});
+    }
+    int starts = 0;
+};
+
+} // namespace
 
 TEST(LocateServerWindow, EachScanEmptiesTheListAndSelectsTheFirstServerFound)
 {

@@ -161,22 +161,6 @@ TEST(DeviceTransport, AHostNameThatDoesNotResolveIsCodeTwoWithTheReason)
     }
 }
 
-TEST(DeviceTransport, UdpWithAnUnusableDestinationIsCodeTwo)
-{
-    DeviceTransport transport;
-    transport.setPortName(QStringLiteral("UDP"));
-    const struct {
-        const char *address;
-        const char *port;
-    } cases[] = {{"127.0.0.1", "not a port"}, {"127.0.0.1", "0"}, {"127.0.0.1", "70000"}, {"", "12345"}};
-    for (const auto &c : cases) {
-        transport.setUdpDestination(QString::fromLatin1(c.address), QString::fromLatin1(c.port));
-        EXPECT_FALSE(transport.connectUdp()) << c.address << ":" << c.port;
-        EXPECT_EQ(transport.SendDeviceData("x"), DeviceErrors::SendFailed) << c.address << ":" << c.port;
-        EXPECT_FALSE(transport.lastFailure().isEmpty());
-    }
-}
-
 TEST(DeviceTransport, SettingsConnectUdpAtOnceAndMoveTheSerialPort)
 {
     Receiver board;
