@@ -6,7 +6,6 @@
 #include "meetdb/SqlDialect.h"
 
 #include <QString>
-#include <QStringList>
 
 namespace kestra::bench {
 

@@ -24,11 +24,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTimer>
 
 #include <cstdlib>
-#include <functional>
-#include <ostream>
 
 using namespace kestra;
 using namespace kestra::test;

@@ -1,6 +1,5 @@
 #include "StoreFixture.h"
 
-
 #include <QDateTime>
 
 #include <tuple>

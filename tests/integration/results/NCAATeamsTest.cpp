@@ -3,6 +3,7 @@
 #include "generator/DisplayCycle.h"
 #include "outputs/Daktronics.h"
 #include "support/Formatting.h"
+#include "integration/meetdb/StoreFixture.h"
 #include "support/MainRig.h"
 
 #include <gtest/gtest.h>
@@ -98,10 +99,7 @@ TEST_P(NCAATeamsTest, TheTableFollowsTheRotation)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, NCAATeamsTest, testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres),
-                         [](const testing::TestParamInfo<StoreBackend> &info) {
-                             return std::string(info.param == StoreBackend::Sqlite ? "SQLite" : "PostgreSQL");
-                         });
+KESTRA_BOTH_BACKENDS(NCAATeamsTest);
 
 TEST(NCAATeamsOnTheBoard, OneTickSendsTheGroupsAndARotationChangeShowsAtTheNext)
 {

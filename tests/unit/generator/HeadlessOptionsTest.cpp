@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 
 #include <functional>
@@ -78,9 +77,6 @@ TEST(HeadlessOptionsTest, goodLinesGiveTheirOptions)
              EXPECT_EQ(o.columns[1].events, (std::array<bool, 6>{true, true, false, false, false, false}));
              EXPECT_EQ(o.columns[0].events, allEvents);
          }},
-        {"every target by name, any case",
-         args({"--target", "XPRESSION"}),
-         [](const HeadlessOptions &o) { EXPECT_EQ(o.target, OutputTarget::Xpression); }},
         {"a later --set of the same value wins; values are put in the stored form",
          args({"--set", "Options/Interval=5", "--set", "options/interval= 9", "--set",
                "Options/MySQLPass=a=b", "--set", "Options/OutputFileName=", "--set", "Options/UseBarco=yes",

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-
 #include <cstdlib>
 
 using namespace kestra;

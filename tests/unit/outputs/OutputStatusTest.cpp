@@ -1,8 +1,6 @@
 #include "outputs/DisplayRecord.h"
 #include "outputs/OutputStatus.h"
 
-#include <QSet>
-
 #include <gtest/gtest.h>
 
 #include <vector>

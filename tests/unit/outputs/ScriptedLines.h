@@ -7,7 +7,6 @@
 #include "outputs/DeviceTransport.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QList>
 #include <QString>
 

@@ -8,7 +8,6 @@
 #include "outputs/WhiteWay.h"
 #include "support/TestSupport.h"
 
-
 #include <gtest/gtest.h>
 
 using namespace kestra;

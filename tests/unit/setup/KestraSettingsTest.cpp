@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-
 using namespace kestra;
 using namespace kestra::test;
 
