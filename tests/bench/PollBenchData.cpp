@@ -23,26 +23,19 @@ using namespace kestra;
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    QStringList args = QCoreApplication::arguments().mid(1);
-    QString alias = MeetSchema::defaultAlias();
-    QString layoutName = QStringLiteral("busy");
-    qint64 rows = 1000000;
-    QString address;
-    for (int i = 0; i < args.size(); ++i) {
-        if (args[i] == QLatin1String("--alias") && i + 1 < args.size())
-            alias = args[++i];
-        else if (args[i] == QLatin1String("--layout") && i + 1 < args.size())
-            layoutName = args[++i];
-        else if (args[i] == QLatin1String("--rows") && i + 1 < args.size())
-            rows = args[++i].toLongLong();
-        else
-            address = args[i];
-    }
-    if (address.isEmpty() || rows < 1000) {
+    const QStringList args = QCoreApplication::arguments().mid(1);
+    auto option = [&](const char *name, const QString &otherwise) {
+        const qsizetype at = args.indexOf(QLatin1String(name));
+        return at >= 0 && at + 1 < args.size() ? args[at + 1] : otherwise;
+    };
+    const QString alias = option("--alias", MeetSchema::defaultAlias());
+    qint64 rows = option("--rows", QStringLiteral("1000000")).toLongLong();
+    const QString address = args.value(0);
+    if (address.isEmpty() || address.startsWith(QLatin1String("--")) || rows < 1000) {
         std::fprintf(stderr, "usage: bench_PollBenchData ADDRESS [--alias NAME] [--layout busy|huge] [--rows N]\n");
         return 2;
     }
-    const bench::PollLayout layout = bench::layoutNamed(layoutName);
+    const bench::PollLayout layout = bench::layoutNamed(option("--layout", QStringLiteral("busy")));
     const qint64 perMeet = rows / layout.meets;
     rows = perMeet * layout.meets;
     try {

@@ -198,13 +198,6 @@ void PrivatePostgres::stop()
     m_running = false;
 }
 
-Endpoint PrivatePostgres::endpoint() const
-{
-    Endpoint e;
-    e.port = m_port;
-    return e;
-}
-
 PtyPair::PtyPair()
 {
     m_socat.setProcessChannelMode(QProcess::ForwardedErrorChannel);

@@ -78,7 +78,7 @@ public:
     ~PrivatePostgres();
     void start();
     void stop();
-    Endpoint endpoint() const;
+    Endpoint endpoint() const { return {QStringLiteral("127.0.0.1"), m_port, {}}; }
 
 private:
     QTemporaryDir m_dir;

@@ -22,6 +22,7 @@
 
 #include <functional>
 #include <memory>
+#include <tuple>
 
 using namespace kestra;
 using kestra::test::S;
@@ -140,9 +141,7 @@ TEST_F(SetupWindowTest, TheOperatorsEditsReachTheLogicThroughTheMasks)
     KestraSettings back;
     back.readAfterSetup(key);
     EXPECT_EQ(back.COMPort + back.UDPPort + back.IPAddr, S("UDP999910.0.0.30"));
-    EXPECT_EQ(back.IntervalMax, 400);
-    EXPECT_FALSE(back.UseSingleNCAA);
-    EXPECT_EQ(back.NameFormat, 3);
+    EXPECT_EQ(std::tuple(back.IntervalMax, back.UseSingleNCAA, back.NameFormat), std::tuple(400, false, 3));
 }
 
 TEST_F(SetupWindowTest, EveryWayOfClosingWritesOnce)

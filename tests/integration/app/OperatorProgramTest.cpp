@@ -3,73 +3,32 @@
 // would, so the close writes the display target back.
 #include "integration/app/ChildProgram.h"
 #include "support/MainRig.h"
+#include "unit/setup/SettingsFiles.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 using namespace kestra;
 using namespace kestra::test;
 
-namespace {
-
-class OperatorProgramTest : public testing::Test {
-protected:
+TEST(OperatorProgramTest, aSignalClosesTheWindowInOrderAndTheTargetIsStored)
+{
+    if (!QFileInfo::exists(builtProgram("src/app/kestra")))
+        GTEST_SKIP() << "kestra is not built (no widgets in this build)";
     TempDir home;
-    std::unique_ptr<ChildProgram> program;
-
-    void writeKey(const char *file, const QByteArray &text)
-    {
-        QDir(home.path()).mkpath(S("config/Corvane"));
-        QFile key(home.file(S("config/Corvane/") + S(file)));
-        ASSERT_TRUE(key.open(QIODevice::WriteOnly));
-        key.write(text);
-    }
-    QByteArray readKey(const char *file)
-    {
-        QFile key(home.file(S("config/Corvane/") + S(file)));
-        return key.open(QIODevice::ReadOnly) ? key.readAll() : QByteArray();
-    }
-    void SetUp() override
-    {
-        if (!QFileInfo::exists(builtProgram("src/app/kestra")))
-            GTEST_SKIP() << "kestra is not built (no widgets in this build)";
-    }
-    void start() { program = std::make_unique<ChildProgram>("src/app/kestra", QStringList(), &home); }
-    // Gives the program time to come up, then the signal; the exit status.
-    int terminateAfter(std::chrono::milliseconds upTime)
-    {
-        waitUntil([] { return false; }, upTime);
-        EXPECT_EQ(program->process().state(), QProcess::Running) << program->errors().toStdString();
-        return program->signal(SIGTERM, 15000);
-    }
-};
-
-TEST_F(OperatorProgramTest, aSignalClosesTheWindowInOrderAndTheTargetIsStored)
-{
-    const QString meet = home.file(S("meet"));
+    const QString meet = home.file(S("meet")), keys = home.file(S("config/Corvane/"));
     seedMeet(meet);
-    writeKey("Marlowen.ini", "MarlowenServerName=Gym Hall\n[Servers]\nNumServers=1\n[Servers\\Server1]\nName=Gym Hall\n"
-                             "Host=" + meet.toUtf8() + "\nLocation=Local PC\n");
-    writeKey("Kestra.ini", "[Options]\nUseBarco=1\n");
-    start();
-    EXPECT_EQ(terminateAfter(std::chrono::seconds(4)), 0) << program->errors().toStdString();
-    const QByteArray key = readKey("Kestra.ini");
-    // Only the close writes these.
-    EXPECT_TRUE(key.contains("UseDaktronics=0")) << key.toStdString();
-    EXPECT_TRUE(key.contains("UseBarco=1")) << key.toStdString();
-    EXPECT_TRUE(key.contains("NCAAMode=0")) << key.toStdString();
-    // The server in use stays the one chosen.
-    EXPECT_TRUE(readKey("Marlowen.ini").startsWith("MarlowenServerName=Gym Hall"));
+    QDir().mkpath(keys);
+    put(keys + S("Marlowen.ini"), "MarlowenServerName=Gym Hall\n[Servers]\nNumServers=1\n[Servers\\Server1]\nName=Gym Hall\n"
+                                  "Host=" + meet.toUtf8() + "\nLocation=Local PC\n");
+    put(keys + S("Kestra.ini"), "[Options]\nUseBarco=1\n");
+    ChildProgram program("src/app/kestra", QStringList(), &home);
+    waitUntil([] { return false; }, std::chrono::seconds(4)); // time to come up
+    EXPECT_EQ(program.process().state(), QProcess::Running) << program.errors().toStdString();
+    EXPECT_EQ(program.signal(SIGTERM, 15000), 0) << program.errors().toStdString();
+    // Only the close writes these; the server in use stays the one chosen.
+    const std::string key = contents(keys + S("Kestra.ini"));
+    for (const char *line : {"UseDaktronics=0", "UseBarco=1", "NCAAMode=0"})
+        EXPECT_NE(key.find(line), std::string::npos) << key;
+    EXPECT_EQ(contents(keys + S("Marlowen.ini")).rfind("MarlowenServerName=Gym Hall", 0), 0u);
 }
-
-TEST_F(OperatorProgramTest, endingWhileTheServerListIsUpGivesUpWithoutAWindow)
-{
-    // No server in use: the list opens first, before any window.
-    start();
-    const int status = terminateAfter(std::chrono::seconds(3));
-    EXPECT_EQ(status, 1) << program->errors().toStdString();
-    EXPECT_FALSE(readKey("Kestra.ini").contains("UseDaktronics"));
-}
-
-} // namespace

@@ -513,13 +513,3 @@ TEST_F(KestraMainTest, NowUpDatagramsReachTheBoardFromShowToClose)
     rig.main().close();
     EXPECT_FALSE(rig.main().listeners().isListening(NowUpListeners::Channel::Line));
 }
-
-TEST_F(KestraMainTest, TheDebugBoxTurnsTheTraceOfEveryFrameOn)
-{
-    rig.main().trace().setPath(rig.dir.file(S("DebugIOOutput.txt")));
-    rig.main().lines().FillNowUpLine(1, 1, S("7"), S("Off"), S(""));
-    EXPECT_FALSE(QFile::exists(rig.main().trace().path()));
-    rig(S("chkDebugIO")).operatorSetChecked(true);
-    rig.main().lines().FillNowUpLine(1, 1, S("8"), S("On"), S(""));
-    EXPECT_TRUE(QFile::exists(rig.main().trace().path()));
-}

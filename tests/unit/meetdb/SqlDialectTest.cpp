@@ -121,20 +121,3 @@ TEST(SqlDialect, TranslatesEachFormPerEngine)
         EXPECT_EQ(postgres.translate(c.input).toStdString(), c.postgres.toStdString());
     }
 }
-
-TEST(SqlDialect, UnterminatedQuotesDoNotLoseText)
-{
-    const SqlDialect dialect(StoreBackend::Postgres);
-    EXPECT_EQ(dialect.translate(QStringLiteral("select 'abc")), QStringLiteral("select 'abc"));
-    EXPECT_EQ(dialect.translate(QStringLiteral("select \"Abc")), QStringLiteral("select \"abc"));
-    EXPECT_EQ(dialect.translate(QString()), QString());
-}
-
-TEST(SqlDialect, QuotesValuesAndNames)
-{
-    EXPECT_EQ(SqlDialect::quoteString(QStringLiteral("O'Brien")), QStringLiteral("'O''Brien'"));
-    EXPECT_EQ(SqlDialect(StoreBackend::Sqlite).quoteName(QStringLiteral("Short Name")),
-              QStringLiteral("\"Short Name\""));
-    EXPECT_EQ(SqlDialect(StoreBackend::Postgres).quoteName(QStringLiteral("Short Name")),
-              QStringLiteral("\"short name\""));
-}

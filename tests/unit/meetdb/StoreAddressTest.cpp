@@ -59,14 +59,6 @@ TEST(StoreAddress, ReadsPathsAndServers)
     EXPECT_EQ(uri->display(), QStringLiteral("postgresql://judge@scoring:5433/spring"));
 }
 
-TEST(StoreAddress, TakesTheRoleFromTheEnvironment)
-{
-    setenv("PGUSER", "meetops", 1);
-    EXPECT_EQ(StoreAddress::parse(QStringLiteral("10.1.1.1"))->user, QStringLiteral("meetops"));
-    EXPECT_EQ(StoreAddress::parse(QStringLiteral("judge@10.1.1.1"))->user, QStringLiteral("judge"));
-    unsetenv("PGUSER");
-}
-
 TEST(StoreAddress, RefusesWhatIsNoAddress)
 {
     for (const char *text : {"", "   ", "host:0", "host:70000", "host:abc", "bad host", "~other/x",

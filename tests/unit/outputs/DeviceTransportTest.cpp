@@ -169,12 +169,13 @@ TEST(DeviceTransport, SettingsConnectUdpAtOnceAndMoveTheSerialPort)
     transport.applySettings(QStringLiteral("UDP"), 760, QStringLiteral("127.0.0.1"), board.port());
     EXPECT_TRUE(transport.isUdpConnected());
 
-    transport.applySettings(QStringLiteral("COM1"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    const auto serial = [&](const char *port) { transport.applySettings(S(port), 760, S("255.255.255.255"), S("12345")); };
+    serial("COM1");
     EXPECT_FALSE(transport.isUdpConnected()); // destination changed, and serial needs no client
     ASSERT_EQ(transport.SendDeviceData("a"), DeviceErrors::Success);
-    transport.applySettings(QStringLiteral("COM1"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    serial("COM1");
     EXPECT_TRUE(transport.isPortOpen()); // unchanged settings keep the port
-    transport.applySettings(QStringLiteral("COM3"), 760, QStringLiteral("255.255.255.255"), QStringLiteral("12345"));
+    serial("COM3");
     EXPECT_FALSE(transport.isPortOpen());
     ASSERT_EQ(transport.SendDeviceData("b"), DeviceErrors::Success);
     EXPECT_EQ(log.opened, (QStringList{QStringLiteral("/dev/ttyS0"), QStringLiteral("/dev/ttyS2")}));

@@ -22,9 +22,8 @@ struct PlainContext final : DisplayContext {
 
     PlainContext()
     {
-        titles[1] = {QStringLiteral("Vault"), QStringLiteral("Bars"), QStringLiteral("Beam"),
-                     QStringLiteral("Floor")};
-        titles[2] = {QStringLiteral("Floor"), QStringLiteral("Pommel"), QStringLiteral("Rings")};
+        titles[1] = {S("Vault"), S("Bars"), S("Beam"), S("Floor")};
+        titles[2] = {S("Floor"), S("Pommel"), S("Rings")};
         for (int side : {1, 2})
             for (int n = 1; n <= 6; ++n)
                 ticked[side][n] = true;

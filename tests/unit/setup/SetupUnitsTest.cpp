@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <memory>
+#include <tuple>
 
 using namespace kestra;
 using namespace kestra::test;
@@ -72,9 +73,7 @@ TEST_F(SetupUnitsTest, UdpDisablesTheBaseAddressButStillWritesIt)
     EXPECT_TRUE(c("EditPort").isEnabled() && c("EditIP").isEnabled());
     ASSERT_TRUE(setup->FormClose());
     const KestraSettings back = readBack();
-    EXPECT_EQ(back.COMPort, S("UDP"));
-    EXPECT_EQ(back.BaseAddr, 1000);
-    EXPECT_EQ(back.IPAddr, S("192.168.10.255"));
+    EXPECT_EQ(std::tuple(back.COMPort, back.BaseAddr, back.IPAddr), std::tuple(S("UDP"), 1000, S("192.168.10.255")));
 }
 
 TEST_F(SetupUnitsTest, AnInterfaceOutsideTheListSelectsNothingAndIsWrittenEmpty)
@@ -206,9 +205,7 @@ TEST_F(SetupUnitsTest, SpinsHoldTheirRangesAndTheMinimumMayExceedTheMaximum)
     c("EditRefreshMin").operatorSetText(S("90"));
     ASSERT_TRUE(setup->FormClose());
     const KestraSettings back = readBack();
-    EXPECT_EQ(back.Interval, 90);
-    EXPECT_EQ(back.IntervalMax, 10);
-    EXPECT_EQ(back.CycleRate, 20);
+    EXPECT_EQ(std::tuple(back.Interval, back.IntervalMax, back.CycleRate), std::tuple(90, 10, 20));
 }
 
 TEST_F(SetupUnitsTest, OnlyTheFirstCloseWritesAndAFailedWriteIsReported)
