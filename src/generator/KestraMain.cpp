@@ -4,6 +4,7 @@
 #include "generator/MeetSelection.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
+#include "results/ResultsGraphic.h"
 #include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
@@ -100,8 +101,8 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
         m_controls, [this]() -> MeetStore & { return store(); },
         [this](const std::function<void()> &handler) { guarded(handler)(); });
     m_selection->setMeetChangedHandler([this](int meetId) {
-        if (m_hooks.meetChanged)
-            m_hooks.meetChanged(meetId);
+        if (m_results)
+            m_results->ApplyMeet(meetId);
     });
     wireHandlers();
 
@@ -127,8 +128,8 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
     LostConnectionHandler::Hooks lost;
     lost.stopTimers = [this] {
         stopAllTimers();
-        if (m_hooks.stopResultsTimer)
-            m_hooks.stopResultsTimer();
+        if (m_results)
+            m_results->cycle().timer().stop();
     };
     lost.serverName = [this] { return currentServerName(); };
     lost.applicationTitle = [this] { return m_title; };
@@ -397,6 +398,8 @@ void KestraMain::FormClose()
     if (m_hooks.disconnectMySql)
         m_hooks.disconnectMySql();
     m_listeners->stop();
+    if (m_results)
+        dropResults();
     // The window goes away with its timers.
     stopAllTimers();
     setState(RunState::Stopped);
@@ -608,7 +611,7 @@ void KestraMain::dxbtnSetupUnitsClick()
 
 void KestraMain::dxbtnLocateServerClick()
 {
-    if (m_hooks.closeResults && !m_hooks.closeResults()) {
+    if (!closeResults()) {
         PromptMessage message;
         message.caption = QStringLiteral("Open Window Warning");
         message.text = QStringLiteral("All windows must be closed before the server can be changed.\r\r"
@@ -633,8 +636,42 @@ void KestraMain::dxbtnLocateServerClick()
 
 void KestraMain::dxbtnDisplayResultsClick()
 {
+    ResultsGraphic &results = openResults();
     if (m_hooks.showResults)
-        m_hooks.showResults();
+        m_hooks.showResults(results);
+}
+
+ResultsGraphic &KestraMain::openResults()
+{
+    if (!m_results) {
+        auto results = std::make_unique<ResultsGraphic>(*this);
+        results->FormCreate();
+        // Close is pressed inside the window's own handler: it goes once
+        // that handler has returned.
+        connect(results.get(), &ResultsGraphic::closeRequested, this, [this] {
+            if (m_results && m_results->isClosed())
+                dropResults();
+        }, Qt::QueuedConnection);
+        m_results = std::move(results);
+    }
+    return *m_results;
+}
+
+bool KestraMain::closeResults()
+{
+    if (!m_results)
+        return true;
+    if (!m_results->btnCloseClick())
+        return false;
+    dropResults();
+    return true;
+}
+
+void KestraMain::dropResults()
+{
+    if (m_hooks.hideResults)
+        m_hooks.hideResults();
+    m_results.reset();
 }
 
 void KestraMain::dxbtnAboutClick()
@@ -821,6 +858,18 @@ bool KestraMain::MeetsUseJNBonus() const
 bool KestraMain::MeetsScoreMethod() const
 {
     return m_selection->MeetsScoreMethod();
+}
+
+QVariant KestraMain::mainMeetId() const
+{
+    const TableCursor *meets = m_selection->table(QStringLiteral("Meets"));
+    return meets && meets->hasRow() ? meets->value(QStringLiteral("MeetID")) : QVariant();
+}
+
+bool KestraMain::mainMeetNcaaMode() const
+{
+    const TableCursor *meets = m_selection->table(QStringLiteral("Meets"));
+    return meets && meets->hasRow() && meets->value(QStringLiteral("NCAAMode")).toBool();
 }
 
 } // namespace kestra

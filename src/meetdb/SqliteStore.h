@@ -4,6 +4,8 @@
 
 #include <QHash>
 
+#include <memory>
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -26,6 +28,12 @@ public:
     void setBusyTimeout(int milliseconds) override;
 
     QString databasePath(const QString &alias = MeetSchema::defaultAlias()) const;
+    // The file of the open database; empty while closed.
+    const QString &openedPath() const { return m_path; }
+
+    // A database of its own in memory, open at once, gone when the store goes:
+    // the results window's local working copies.
+    static std::unique_ptr<SqliteStore> inMemory();
 
 protected:
     RowSet runSelect(const QString &sql, const QVariantList &params) override;
@@ -41,10 +49,12 @@ private:
     void bind(sqlite3_stmt *stmt, const QVariantList &params, const QString &sql);
     [[noreturn]] void engineFailure(int rc, const QString &sql);
     void finalizeAll();
+    void openFile(const QString &path, int flags, const QString &what);
 
     sqlite3 *m_db = nullptr;
     bool m_connected = false;
     int m_busyMs = 3000;
+    QString m_path;
     QHash<QString, sqlite3_stmt *> m_statements;
 };
 

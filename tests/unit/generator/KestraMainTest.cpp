@@ -5,6 +5,7 @@
 
 #include "generator/DisplayCycle.h"
 #include "generator/NowUpListeners.h"
+#include "results/ResultsGraphic.h"
 #include "kestra/Version.h"
 
 #include <gtest/gtest.h>
@@ -529,7 +530,10 @@ TEST_F(KestraMainTest, AFailureInAHandlerIsShownAndTheWindowGoesOn)
 
 TEST_F(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
 {
-    rig.main().hooks().closeResults = [] { return false; };
+    // A results window whose page cycle runs cannot be closed.
+    ResultsGraphic &results = rig.main().openResults();
+    results(S("btnAdd")).click();
+    results(S("btnStart")).click();
     rig(S("dxbtnLocateServer")).click();
     expectOneBox(rig, PromptIcon::Warning, S("Open Window Warning"),
                  S("All windows must be closed before the server can be changed.\r\r"
@@ -537,9 +541,10 @@ TEST_F(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
 
     // With the window closed the tables come back on the scoring product's
     // last meet, whatever the operator had chosen.
-    rig.main().hooks().closeResults = [] { return true; };
+    results(S("btnStop")).click();
     ASSERT_TRUE(rig.main().selection().selectMeet(2));
     rig(S("dxbtnLocateServer")).click();
+    EXPECT_EQ(rig.main().results(), nullptr);
     EXPECT_EQ(rig.prompt.messages.size(), 1u);
     EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), 0);
     EXPECT_EQ(rig(S("dblcboEvent1")).property("key").toInt(), 1);
@@ -563,7 +568,7 @@ TEST_F(KestraMainTest, TheButtonsReachTheirWindowsAndTheDebugBoxTheTrace)
     QStringList opened;
     auto &h = rig.main().hooks();
     h.showOutputStatus = [&] { opened << S("status"); };
-    h.showResults = [&] { opened << S("results"); };
+    h.showResults = [&](ResultsGraphic &) { opened << S("results"); };
     h.showAbout = [&] { opened << S("about"); };
     h.showSample = [&] { opened << S("sample"); };
     for (const char *button : {"Button1", "dxbtnDisplayResults", "dxbtnAbout", "btnShowTest"})

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace kestra {
+
+class MeetStore;
+class SqliteStore;
+
+// The results window's local working copies: snapshots of meet database
+// tables in an in-memory SQLite database, taken when asked and queried there
+// by name, so that the page builds walk and sort without a round trip to the
+// server. A copy keeps the types of its source table (32-bit scores stay
+// 32-bit) and its primary key.
+class LocalCopies {
+public:
+    explicit LocalCopies(MeetStore &remote);
+    ~LocalCopies();
+    LocalCopies(const LocalCopies &) = delete;
+    LocalCopies &operator=(const LocalCopies &) = delete;
+
+    MeetStore &remote() { return m_remote; }
+    // The local database, for the queries that run on the copies.
+    MeetStore &local();
+
+    // Copies the rows of `sourceTable` that `where` selects (all when empty;
+    // a condition in the program's dialect over the source's field names)
+    // into the local table `copyName`, replacing an earlier copy of that name.
+    // Returns the rows copied. Failures of either database are StoreError.
+    int copy(const QString &copyName, const QString &sourceTable, const QString &where = {});
+    // Removes a copy; nothing when there is none.
+    void drop(const QString &copyName);
+
+private:
+    void createLike(const QString &copyName, const QString &sourceTable);
+    int copyByAttach(const QString &copyName, const QString &sourceTable, const QString &where);
+    int copyRows(const QString &copyName, const QString &sourceTable, const QString &where);
+
+    MeetStore &m_remote;
+    std::unique_ptr<SqliteStore> m_local;
+};
+
+} // namespace kestra

@@ -1,0 +1,15 @@
+#include "results/PageBuilds.h"
+
+namespace kestra {
+
+ResultsRows PageBuilds::BuildEventRows(const QString &)
+{
+    return {};
+}
+
+ResultsRows PageBuilds::BuildTeamRows(const QString &)
+{
+    return {};
+}
+
+} // namespace kestra
