@@ -141,6 +141,15 @@ int main(int argc, char **argv)
         run.finish();
         return Refused;
     }
+    if (options.compose) {
+        const std::optional<QString> line = run.composePage();
+        if (line)
+            std::fprintf(stdout, "%s\n", line->toUtf8().constData());
+        else
+            say(run.lastError());
+        run.finish();
+        return line ? Stopped : UsageError;
+    }
     say(run.describe());
     return QCoreApplication::exec();
 }

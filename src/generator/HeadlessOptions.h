@@ -52,6 +52,18 @@ struct HeadlessOptions {
     bool version = false; // --version: print the version and end
     bool locate = false;  // --locate: list the meet database servers a scan finds, and end
 
+    // The results window: the queue in order (--page, --pages), seconds a
+    // screen (--page-seconds, spinTime), rows a screen (--leader-lines,
+    // spinLeaderLines), the name format of its rows (--leader-names).
+    QStringList pages;
+    int pageSeconds = 5;
+    int leaderLines = 8;
+    int leaderNames = 0;
+    bool resultsOnly = false; // --results-only: the main window stays stopped
+    // --compose-page KEY=VALUE...: print the line the window would compose.
+    bool compose = false;
+    QStringList composePicks;
+
     // Parses the arguments after the program's name. On a mistake the answer
     // is the message to print, one line without the program's name.
     static std::variant<HeadlessOptions, QString> parse(const QStringList &arguments);

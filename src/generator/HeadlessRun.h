@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace kestra {
 
 class KestraMain;
@@ -22,7 +24,10 @@ public:
 
     HeadlessRun(KestraMain &main, HeadlessOptions options);
 
+    // With --compose-page, begin() makes the meet pick only; composePage()
+    // then answers the line, or nothing with lastError().
     Outcome begin();
+    std::optional<QString> composePage();
     // Stop when running, then the close; safe to call more than once.
     void finish();
 
@@ -32,6 +37,7 @@ public:
 
 private:
     bool pick(bool done, const QString &what, const QString &why);
+    bool startResults();
 
     KestraMain &m_main;
     HeadlessOptions m_options;

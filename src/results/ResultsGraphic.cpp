@@ -143,7 +143,7 @@ void ResultsGraphic::buildControls()
     add("dblcboEvents", "", "lookup").setProperty(S("caption"), S("Event Group"));
     for (const char *list : {"chkcboSession", "chkcboLevels", "chkcboAges", "chkcboGyms", "chkcboTeamID"})
         add(list, "", "checkedlist");
-    add("cboEvents", "", "list");
+    add("cboEvents", "", "lookup");
     add("lblLevel", "Level:", "label");
     add("lblSession", "Session:", "label");
     add("lblAges", "Ages:", "label");
@@ -218,6 +218,15 @@ void ResultsGraphic::wireHandlers()
     for (const char *lookup : {"dblcboMeet2", "dblcboMeet3", "dblcboMeet4"})
         on(lookup, [this, name = S(lookup)] { selectLookupKey(c(name), c(name).property(S("keys")).toList().value(c(name).currentIndex())); });
     on("dblcboEvents", [this] { dblcboEventsChange(); });
+    for (int k = 1; k <= 3; ++k) {
+        on(QByteArray("rdoLeader" + QByteArray::number(k)).constData(), [this, k] {
+            // One channel of three.
+            if (checked(S("rdoLeader%1").arg(k))) {
+                for (int other = 1; other <= 3; ++other)
+                    c(S("rdoLeader%1").arg(other)).setChecked(other == k);
+            }
+        });
+    }
     on("cboEvents", [this] { cboEventsChange(); });
     on("rgrpDesignate", [this] { rgrpDesignateClick(); });
     on("rgrpTeam", [this] { rgrpTeamClick(); });

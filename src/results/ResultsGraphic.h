@@ -36,6 +36,7 @@ public:
     OzkcxCheckedCombo &checkedList(const QString &name) const;
     QStringList checkedListNames() const;
     PageCycle &cycle() { return *m_cycle; }
+    const PageCycle &cycle() const { return *m_cycle; }
 
     // Creation: the registry values, the meet lists on the main window's
     // meet, the event group of that meet, the checked lists, the copies.

@@ -199,8 +199,8 @@ QString problemOf(const QString &line)
         return QStringLiteral("field 3 (kind) holds \"%1\", not \"Events\" or \"Team\"").arg(kind);
     const int expected = team ? TeamPageLine::kFields : EventPageLine::kFields;
     if (fieldCount(line) != expected)
-        return QStringLiteral("a %1 page has %2 fields, this line has %3")
-            .arg(team ? QStringLiteral("team") : QStringLiteral("event"))
+        return QStringLiteral("%1 page has %2 fields, this line has %3")
+            .arg(team ? QStringLiteral("a team") : QStringLiteral("an event"))
             .arg(expected)
             .arg(fieldCount(line));
     try {
