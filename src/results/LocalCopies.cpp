@@ -37,11 +37,44 @@ void LocalCopies::drop(const QString &copyName)
     m_local->executeNative(QStringLiteral("DROP TABLE IF EXISTS %1").arg(quoted(copyName)));
 }
 
-void LocalCopies::createLike(const QString &copyName, const QString &sourceTable)
+const QStringList &LocalCopies::gymnastFields()
+{
+    static const QStringList fields = [] {
+        QStringList f = {QStringLiteral("MeetID"), QStringLiteral("Num"),     QStringLiteral("First_Name"),
+                         QStringLiteral("Last_Name"), QStringLiteral("Level"), QStringLiteral("Birthday"),
+                         QStringLiteral("Session"),   QStringLiteral("Gym"),   QStringLiteral("Team1"),
+                         QStringLiteral("Team2"),     QStringLiteral("Team3"), QStringLiteral("Scratched"),
+                         QStringLiteral("Events"),    QStringLiteral("USCitizen"), QStringLiteral("Country"),
+                         QStringLiteral("AA"),        QStringLiteral("AAAdj"), QStringLiteral("AAFlag"),
+                         QStringLiteral("E7AAFinal")};
+        for (int n = 1; n <= 7; ++n) {
+            for (const char *suffix : {"S1", "Adj", "Start", "BScore", "Status"})
+                f << QStringLiteral("E%1%2").arg(n).arg(QLatin1String(suffix));
+            if (n <= 6)
+                f << QStringLiteral("E%1Final").arg(n) << QStringLiteral("E%1Flag").arg(n)
+                  << QStringLiteral("E%1Order").arg(n);
+        }
+        return f;
+    }();
+    return fields;
+}
+
+QList<FieldDef> LocalCopies::columnsOf(const QString &sourceTable, const QStringList &fields) const
+{
+    const TableDef &def = definition(sourceTable);
+    QList<FieldDef> columns;
+    for (const FieldDef &field : def.fields) {
+        if (fields.isEmpty() || fields.contains(field.name, Qt::CaseInsensitive) || def.inPrimaryKey(field.name))
+            columns << field;
+    }
+    return columns;
+}
+
+void LocalCopies::createLike(const QString &copyName, const QString &sourceTable, const QList<FieldDef> &fields)
 {
     const TableDef &def = definition(sourceTable);
     QStringList columns;
-    for (const FieldDef &field : def.fields)
+    for (const FieldDef &field : fields)
         columns << quoted(field.name) + QLatin1Char(' ') + MeetSchema::columnType(field, StoreBackend::Sqlite);
     QStringList key;
     for (const IndexField &field : def.primaryKey)
@@ -52,21 +85,24 @@ void LocalCopies::createLike(const QString &copyName, const QString &sourceTable
     m_local->executeNative(QStringLiteral("CREATE TABLE %1 (%2)").arg(quoted(copyName), columns.join(QStringLiteral(", "))));
 }
 
-int LocalCopies::copy(const QString &copyName, const QString &sourceTable, const QString &where)
+int LocalCopies::copy(const QString &copyName, const QString &sourceTable, const QString &where,
+                      const QStringList &fields)
 {
-    createLike(copyName, sourceTable);
+    const QList<FieldDef> columns = columnsOf(sourceTable, fields);
+    createLike(copyName, sourceTable, columns);
     // An embedded meet database is read by SQLite itself, in one statement;
     // a server's rows come over the wire and are written here row by row.
     if (auto *sqlite = dynamic_cast<SqliteStore *>(&m_remote); sqlite && !sqlite->openedPath().isEmpty())
-        return copyByAttach(copyName, sourceTable, where);
-    return copyRows(copyName, sourceTable, where);
+        return copyByAttach(copyName, sourceTable, where, columns);
+    return copyRows(copyName, sourceTable, where, columns);
 }
 
-int LocalCopies::copyByAttach(const QString &copyName, const QString &sourceTable, const QString &where)
+int LocalCopies::copyByAttach(const QString &copyName, const QString &sourceTable, const QString &where,
+                              const QList<FieldDef> &fields)
 {
     const TableDef &def = definition(sourceTable);
     QStringList columns;
-    for (const FieldDef &field : def.fields)
+    for (const FieldDef &field : fields)
         columns << quoted(field.name);
     const QString list = columns.join(QStringLiteral(", "));
     const QString path = static_cast<SqliteStore &>(m_remote).openedPath();
@@ -85,13 +121,14 @@ int LocalCopies::copyByAttach(const QString &copyName, const QString &sourceTabl
     return copied;
 }
 
-int LocalCopies::copyRows(const QString &copyName, const QString &sourceTable, const QString &where)
+int LocalCopies::copyRows(const QString &copyName, const QString &sourceTable, const QString &where,
+                          const QList<FieldDef> &fields)
 {
     const TableDef &def = definition(sourceTable);
     QStringList remoteColumns;
     QStringList localColumns;
     QStringList marks;
-    for (const FieldDef &field : def.fields) {
+    for (const FieldDef &field : fields) {
         remoteColumns << quoted(MeetSchema::physicalName(field.name, m_remote.backend()));
         localColumns << quoted(field.name);
         marks << QStringLiteral("?");

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "meetdb/MeetSchema.h"
+
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -26,17 +29,29 @@ public:
     MeetStore &local();
 
     // Copies the rows of `sourceTable` that `where` selects (all when empty;
-    // a condition in the program's dialect over the source's field names)
-    // into the local table `copyName`, replacing an earlier copy of that name.
-    // Returns the rows copied. Failures of either database are StoreError.
-    int copy(const QString &copyName, const QString &sourceTable, const QString &where = {});
+    // a condition over the source's field names, valid on both engines) into
+    // the local table `copyName`, replacing an earlier copy of that name.
+    // `fields` limits the copy to those columns (all when empty), in the
+    // source's order. Returns the rows copied. Failures of either database
+    // are StoreError.
+    int copy(const QString &copyName, const QString &sourceTable, const QString &where = {},
+             const QStringList &fields = {});
+
+    // The columns of Gymnasts that the results pages read: names, level,
+    // session, gym, teams, flags, orders and the score parts they rank by;
+    // not the judges' marks beyond the first, the bonuses, nor the scoring
+    // station's time stamps.
+    static const QStringList &gymnastFields();
     // Removes a copy; nothing when there is none.
     void drop(const QString &copyName);
 
 private:
-    void createLike(const QString &copyName, const QString &sourceTable);
-    int copyByAttach(const QString &copyName, const QString &sourceTable, const QString &where);
-    int copyRows(const QString &copyName, const QString &sourceTable, const QString &where);
+    QList<FieldDef> columnsOf(const QString &sourceTable, const QStringList &fields) const;
+    void createLike(const QString &copyName, const QString &sourceTable, const QList<FieldDef> &columns);
+    int copyByAttach(const QString &copyName, const QString &sourceTable, const QString &where,
+                     const QList<FieldDef> &columns);
+    int copyRows(const QString &copyName, const QString &sourceTable, const QString &where,
+                 const QList<FieldDef> &columns);
 
     MeetStore &m_remote;
     std::unique_ptr<SqliteStore> m_local;
