@@ -2,6 +2,7 @@
 // built from meets written into a real store, on both engines.
 #include "results/LocalCopies.h"
 #include "results/PageBuilds.h"
+#include "support/Formatting.h"
 #include "support/MainRig.h"
 
 #include <gtest/gtest.h>
@@ -304,6 +305,44 @@ TEST_P(PageBuildsTest, CombinedMeetsAddTheirWeightedScores)
             rows << r.Place + S(":") + r.Name.mid(1) + S(":") + r.Score.trimmed();
         EXPECT_EQ(rows.join(S(" ")), S(c.rows)) << c.meets[2] << c.meets[3];
     }
+}
+
+// Cross-check against a published sheet: the women's floor final of the 2016
+// Olympic Games, olympedia.org/results/353681 (points, D and E scores, one
+// penalty). Fasana and Murakami tie on 14.533; the higher execution score
+// (the store's B score) placed Fasana sixth, as the judges did.
+TEST_P(PageBuildsTest, TheRio2016FloorFinalPlacesAsPublished)
+{
+    Meets m(GetParam());
+    const struct {
+        int num;
+        const char *name;
+        double points, difficulty, execution;
+    } sheet[] = {{1, "Biles", 15.966, 6.9, 9.066},        {2, "Raisman", 15.5, 6.6, 8.9},
+                 {3, "Tinkler", 14.933, 6.4, 8.533},      {4, "Ferrari", 14.766, 6.3, 8.466},
+                 {5, "Wang Yan", 14.666, 6.3, 8.366},     {6, "Fasana", 14.533, 6.1, 8.433},
+                 {7, "Murakami", 14.533, 6.3, 8.233},     {8, "Steingruber", 11.8, 5.4, 6.7}};
+    std::vector<Competitor> field;
+    // Entered in reverse so the order comes from the scores, not the rows.
+    for (auto it = std::rbegin(sheet); it != std::rend(sheet); ++it)
+        field.push_back({it->num, {it->points}});
+    m.add(90, field);
+    for (const auto &g : sheet)
+        m.rig.peer().execute(S("update Gymnasts set E1Start = %1, E1BScore = %2 where MeetID = 90 and Num = %3")
+                                 .arg(formatFloat(g.difficulty, S("0.000")), formatFloat(g.execution, S("0.000")))
+                                 .arg(g.num));
+    m.tieBreak = S("4");
+    EventPageLine p;
+    p.eventNumber = 1;
+    p.eventName = S("FLOOR");
+    p.eventGroup = 90;
+    p.meets[0] = 90;
+    p.method1 = true;
+    QStringList rows;
+    for (const ResultsRow &r : m.builds->BuildEventRows(p.compose()))
+        rows << r.Place + S(":") + r.Name.mid(1) + S(":") + r.Score.trimmed();
+    EXPECT_EQ(rows.join(S(" ")), S("1:1:15.966 2:2:15.500 3:3:14.933 4:4:14.766 5:5:14.666 6:6:14.533 7:7:14.533 "
+                                   "8:8:11.800"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, PageBuildsTest, testing::Values(StoreBackend::Sqlite, StoreBackend::Postgres),
