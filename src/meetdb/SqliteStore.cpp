@@ -400,12 +400,8 @@ RowSet SqliteStore::runSelect(const QString &sql, const QVariantList &params)
     return out;
 }
 
-qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
+qint64 SqliteStore::runPrepared(sqlite3_stmt *stmt, const QVariantList &params, const QString &sql)
 {
-    requireOpen();
-    sqlite3_stmt *stmt = prepare(sql);
-    if (!stmt)
-        return 0;
     struct Reset {
         sqlite3_stmt *s;
         ~Reset()
@@ -421,6 +417,23 @@ qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
     if (rc != SQLITE_DONE)
         engineFailure(rc, sql);
     return qint64(sqlite3_changes64(m_db));
+}
+
+qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
+{
+    requireOpen();
+    sqlite3_stmt *stmt = prepare(sql);
+    return stmt ? runPrepared(stmt, params, sql) : 0;
+}
+
+qint64 SqliteStore::runCommandRows(const QString &sql, const std::vector<QVariantList> &rows)
+{
+    requireOpen();
+    sqlite3_stmt *stmt = prepare(sql);
+    qint64 affected = 0;
+    for (const QVariantList &row : rows)
+        affected += stmt ? runPrepared(stmt, row, sql) : 0;
+    return affected;
 }
 
 qint64 SqliteStore::runScript(const QString &sql)

@@ -38,6 +38,7 @@ public:
 protected:
     RowSet runSelect(const QString &sql, const QVariantList &params) override;
     qint64 runCommand(const QString &sql, const QVariantList &params) override;
+    qint64 runCommandRows(const QString &sql, const std::vector<QVariantList> &rows) override;
     qint64 runScript(const QString &sql) override;
     TableInfo readTableInfo(const QString &table) override;
     QStringList readTableNames() override;
@@ -47,6 +48,7 @@ protected:
 private:
     sqlite3_stmt *prepare(const QString &sql);
     void bind(sqlite3_stmt *stmt, const QVariantList &params, const QString &sql);
+    qint64 runPrepared(sqlite3_stmt *stmt, const QVariantList &params, const QString &sql);
     [[noreturn]] void engineFailure(int rc, const QString &sql);
     void finalizeAll();
     void openFile(const QString &path, int flags, const QString &what);

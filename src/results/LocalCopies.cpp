@@ -59,6 +59,32 @@ const QStringList &LocalCopies::gymnastFields()
     return fields;
 }
 
+QStringList LocalCopies::pageFields(int eventNumber)
+{
+    QStringList f = {QStringLiteral("MeetID"),  QStringLiteral("Num"),       QStringLiteral("First_Name"),
+                     QStringLiteral("Last_Name"), QStringLiteral("Level"),   QStringLiteral("Birthday"),
+                     QStringLiteral("Session"), QStringLiteral("Gym"),       QStringLiteral("Scratched"),
+                     QStringLiteral("Events"),  QStringLiteral("USCitizen"), QStringLiteral("Country"),
+                     QStringLiteral("AA"),      QStringLiteral("AAAdj"),     QStringLiteral("AAFlag"),
+                     QStringLiteral("E7AAFinal")};
+    const auto add = [&f](int n, std::initializer_list<const char *> suffixes) {
+        for (const char *suffix : suffixes)
+            f << QStringLiteral("E%1%2").arg(n).arg(QLatin1String(suffix));
+    };
+    if (eventNumber == 0) {
+        f << QStringLiteral("Team1") << QStringLiteral("Team2") << QStringLiteral("Team3");
+        for (int n = 1; n <= 6; ++n)
+            add(n, {"Final", "Flag"});
+    } else if (eventNumber < 0) {
+        for (int n = 1; n <= 6; ++n)
+            add(n, {"Final", "Start", "BScore"});
+    } else {
+        add(eventNumber, {"S1", "Adj", "Start", "BScore", "Status", "Final", "Flag", "Order"});
+    }
+    add(7, {"S1", "Adj", "Start", "BScore", "Status"});
+    return f;
+}
+
 QList<FieldDef> LocalCopies::columnsOf(const QString &sourceTable, const QStringList &fields) const
 {
     const TableDef &def = definition(sourceTable);
@@ -142,8 +168,7 @@ int LocalCopies::copyRows(const QString &copyName, const QString &sourceTable, c
                                     marks.join(QStringLiteral(", ")));
     m_local->begin();
     try {
-        for (const QVariantList &row : rows.rowSet().rows)
-            m_local->executeNative(insert, row);
+        m_local->executeNativeRows(insert, rows.rowSet().rows);
         m_local->commit();
     } catch (...) {
         m_local->rollback();

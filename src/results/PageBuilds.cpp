@@ -53,11 +53,11 @@ bool PlaceRule::next(bool sameScore, const QString &mark, int status, bool citiz
     return true;
 }
 
-void PageBuilds::snapshot(int meet)
+void PageBuilds::snapshot(int meet, int eventNumber)
 {
     // The whole build reads a snapshot of the meet taken now.
     LocalCopies &copies = *m_context.copies;
-    copies.copy(kGymnasts, S("Gymnasts"), S("MeetID = %1").arg(meet), LocalCopies::gymnastFields());
+    copies.copy(kGymnasts, S("Gymnasts"), S("MeetID = %1").arg(meet), LocalCopies::pageFields(eventNumber));
     copies.copy(S("Gyms"), S("Gyms"));
 }
 
@@ -70,7 +70,7 @@ ResultsRows PageBuilds::BuildEventRows(const QString &line)
 ResultsRows PageBuilds::SingleMeetRows(const EventPageLine &page)
 {
     const int meet = page.meets[0];
-    snapshot(meet);
+    snapshot(meet, page.eventNumber < 1 ? -1 : page.eventNumber);
     EventRun run;
     run.kind = page.eventNumber == -1 || page.eventNumber == -2 ? S("A") : S("E");
     run.meet = meet;
@@ -341,7 +341,7 @@ ResultsRows PageBuilds::CombinedMeetRows(const EventPageLine &page)
 ResultsRows PageBuilds::BuildTeamRows(const QString &line)
 {
     const TeamPageLine page = TeamPageLine::read(line);
-    snapshot(page.meet);
+    snapshot(page.meet, 0);
     TeamRun run;
     run.meet = page.meet;
     run.eventGroup = page.eventGroup;

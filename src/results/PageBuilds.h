@@ -75,7 +75,7 @@ public:
 protected:
     ResultsRows SingleMeetRows(const EventPageLine &page);
     ResultsRows CombinedMeetRows(const EventPageLine &page);
-    void snapshot(int meet);
+    void snapshot(int meet, int eventNumber);
 
     PageBuildContext m_context;
     TEventTieBreak m_events;

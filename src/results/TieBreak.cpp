@@ -4,6 +4,8 @@
 #include "meetdb/SqlDialect.h"
 #include "results/DecimalRounding.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 namespace kestra {
@@ -15,9 +17,18 @@ QString S(const char *text)
     return QString::fromUtf8(text);
 }
 
-double number(const QueryResult &row, const QString &field)
+// Column numbers are looked up once a statement, not once a row and field.
+int column(const QueryResult &rows, const QString &name)
 {
-    return row.value(field).toDouble();
+    const int at = rows.fieldIndex(name);
+    if (at < 0)
+        rows.value(name); // throws, naming the field
+    return at;
+}
+
+double number(const QueryResult &row, int column)
+{
+    return row.value(column).toDouble();
 }
 
 // Descending on a list of keys, the first that differs decides.
@@ -122,26 +133,51 @@ void TEventTieBreak::Execute(MeetStore &local, const EventRun &run)
     Entries.clear();
     const QString n = QString::number(run.eventNumber);
     const bool aa = run.kind == QLatin1String("A");
-    const auto field = [](const char *stem, int i, const char *suffix) {
-        return S(stem) + QString::number(i) + S(suffix);
+    const auto field = [&rows](const char *stem, int i, const char *suffix) {
+        return column(rows, S(stem) + QString::number(i) + S(suffix));
     };
+    const int numAt = column(rows, S("Num"));
+    const int aaAt = column(rows, S("AA"));
+    int finalAt = -1, startAt = -1, bAt = -1, adjAt = -1, aaAdjAt = -1;
+    int e7Start = -1, e7B = -1, e7Adj = -1, e7AA = -1;
+    std::array<int, 6> finals{}, starts{}, bScores{};
+    if (!aa) {
+        finalAt = column(rows, S("E") + n + S("Final"));
+        if (run.method1) {
+            startAt = column(rows, S("E") + n + S("Start"));
+            bAt = column(rows, S("E") + n + S("BScore"));
+            adjAt = column(rows, S("E") + n + S("Adj"));
+            e7Start = column(rows, S("E7Start"));
+            e7B = column(rows, S("E7BScore"));
+            e7Adj = column(rows, S("E7Adj"));
+        }
+    } else {
+        e7AA = column(rows, S("E7AAFinal"));
+        aaAdjAt = column(rows, S("AAAdj"));
+        for (int i = 1; i <= 6; ++i) {
+            finals[std::size_t(i - 1)] = field("E", i, "Final");
+            starts[std::size_t(i - 1)] = field("E", i, "Start");
+            bScores[std::size_t(i - 1)] = field("E", i, "BScore");
+        }
+    }
+    Entries.reserve(std::size_t(rows.recordCount()));
     for (rows.first(); !rows.eof() && rows.hasRow(); rows.next()) {
         TieEntry e;
-        e.Num = rows.value(S("Num")).toInt();
-        e.AA = Round3(number(rows, S("AA")));
+        e.Num = rows.value(numAt).toInt();
+        e.AA = Round3(number(rows, aaAt));
         if (!aa) {
-            e.Final = Round3(number(rows, S("E") + n + S("Final")));
+            e.Final = Round3(number(rows, finalAt));
             if (run.method1) {
-                const double start = number(rows, S("E") + n + S("Start"));
+                const double start = number(rows, startAt);
                 if (AddStartValue)
                     e.Final = Round3(start + e.Final);
-                const double b = number(rows, S("E") + n + S("BScore"));
-                const double j = number(rows, S("E") + n + S("Adj"));
+                const double b = number(rows, bAt);
+                const double j = number(rows, adjAt);
                 const auto withStart = [&](double s, double v) { return AddStartValue ? Round3(s + v) : v; };
                 if (run.twoScore == run.eventNumber && run.twoAttempts) {
-                    const double s7 = number(rows, S("E7Start"));
-                    const double b7 = number(rows, S("E7BScore"));
-                    const double j7 = number(rows, S("E7Adj"));
+                    const double s7 = number(rows, e7Start);
+                    const double b7 = number(rows, e7B);
+                    const double j7 = number(rows, e7Adj);
                     // An attempt without a start value does not count.
                     const double total1 = start == 0 ? 0 : withStart(start, Round3(b + start + j));
                     const double total2 = s7 == 0 ? 0 : withStart(s7, Round3(b7 + s7 + j7));
@@ -155,26 +191,26 @@ void TEventTieBreak::Execute(MeetStore &local, const EventRun &run)
             }
         } else {
             std::array<double, 8> best{};
-            for (int i = 1; i <= 6; ++i) {
-                double v = Round3(i == run.twoScore ? number(rows, S("E7AAFinal")) : number(rows, field("E", i, "Final")));
+            for (std::size_t i = 0; i < 6; ++i) {
+                double v = Round3(int(i) + 1 == run.twoScore ? number(rows, e7AA) : number(rows, finals[i]));
                 if (AddStartValue && run.method1)
-                    v = Round3(v + number(rows, field("E", i, "Start")));
-                best[std::size_t(i - 1)] = v;
+                    v = Round3(v + number(rows, starts[i]));
+                best[i] = v;
             }
             SelectTop(best, 7);
             if (AddStartValue && run.method1) {
                 double remade = 0;
                 for (int i = 0; i < 6; ++i)
                     remade = Round3(remade + best[std::size_t(i)]);
-                e.AA = Round3(remade + number(rows, S("AAAdj")));
+                e.AA = Round3(remade + number(rows, aaAdjAt));
             }
             if (run.method1) {
                 std::array<double, 6> b{};
                 std::array<double, 6> st{};
-                for (int i = 1; i <= 6; ++i) {
-                    b[std::size_t(i - 1)] = Round3(number(rows, field("E", i, "BScore")));
-                    const double start = Round3(number(rows, field("E", i, "Start")));
-                    st[std::size_t(i - 1)] = AddStartValue ? Round3(number(rows, field("E", i, "Start")) + start) : start;
+                for (std::size_t i = 0; i < 6; ++i) {
+                    b[i] = Round3(number(rows, bScores[i]));
+                    const double start = Round3(number(rows, starts[i]));
+                    st[i] = AddStartValue ? Round3(number(rows, starts[i]) + start) : start;
                 }
                 SelectTop(b, 5);
                 SelectTop(st, 5);
@@ -283,30 +319,43 @@ void TTeamTieBreak::Execute(MeetStore &local, MeetStore &remote, const TeamRun &
     int lastGym = 0;
     bool firstRow = true;
     double lastAA = 0;
+    const int gymAt = column(rows, S("Gym"));
+    const int aaAt = column(rows, S("AA"));
+    const int numAt = column(rows, S("Num"));
+    const int team1At = column(rows, S("Team1"));
+    const int team2At = column(rows, S("Team2"));
+    const int team3At = column(rows, S("Team3"));
+    const int e7AA = column(rows, S("E7AAFinal"));
+    std::array<int, 6> finals{}, flags{};
+    for (int i = 1; i <= 6; ++i) {
+        finals[std::size_t(i - 1)] = column(rows, S("E%1Final").arg(i));
+        flags[std::size_t(i - 1)] = column(rows, S("E%1Flag").arg(i));
+    }
+    Athletes.reserve(std::size_t(rows.recordCount()));
     for (rows.first(); !rows.eof() && rows.hasRow(); rows.next()) {
-        const int gym = rows.value(S("Gym")).toInt();
+        const int gym = rows.value(gymAt).toInt();
         if (firstRow || gym != lastGym)
             count = 0;
         firstRow = false;
         lastGym = gym;
-        const double aa = Round3(number(rows, S("AA")));
+        const double aa = Round3(number(rows, aaAt));
         if (run.designation == 2 && run.aaCount != 0 && count >= run.aaCount && lastAA != aa) {
             lastAA = aa;
             continue;
         }
         ++count;
         TeamAthlete a;
-        a.Num = rows.value(S("Num")).toInt();
+        a.Num = rows.value(numAt).toInt();
         a.Gym = gym;
-        a.Team1 = rows.value(S("Team1")).toString();
-        a.Team2 = rows.value(S("Team2")).toString();
-        a.Team3 = rows.value(S("Team3")).toString();
+        a.Team1 = rows.value(team1At).toString();
+        a.Team2 = rows.value(team2At).toString();
+        a.Team3 = rows.value(team3At).toString();
         a.AA = aa;
-        for (int i = 1; i <= 6; ++i) {
-            a.Scores[std::size_t(i - 1)] =
-                Round3(i == run.twoScore ? number(rows, S("E7AAFinal")) : number(rows, S("E%1Final").arg(i)));
-            a.Flags[std::size_t(i - 1)] = rows.value(S("E%1Flag").arg(i)).toBool();
+        for (std::size_t i = 0; i < 6; ++i) {
+            a.Scores[i] = Round3(int(i) + 1 == run.twoScore ? number(rows, e7AA) : number(rows, finals[i]));
+            a.Flags[i] = rows.value(flags[i]).toBool();
         }
+        a.SortText = teamText(a, run.teamField).toUtf8();
         std::array<double, 6> sorted = a.Scores;
         SelectTop(sorted, 5);
         if (run.method1) {
@@ -350,17 +399,26 @@ void TTeamTieBreak::Execute(MeetStore &local, MeetStore &remote, const TeamRun &
         std::erase_if(Athletes, [](const TeamAthlete &a) { return a.Gym == -1; });
     }
 
+    // The neutral deductions of the meet's gyms, read once.
+    QHash<int, double> deductions;
+    if (run.designation != 1 && run.numEvents > 0) {
+        QueryResult nd = remote.query(QStringList{S("select GymID, coalesce(TeamND, 0.0) as TeamND from ") + AttendTable,
+                                                  S("where MeetID = ") + QString::number(run.meet)}
+                                          .join(S("\r\n")));
+        for (nd.first(); !nd.eof() && nd.hasRow(); nd.next())
+            deductions.insert(nd.value(0).toInt(), Round3(nd.value(1).toDouble()));
+    }
+    // Where each athlete's scores are kept: team and member index.
+    QHash<int, std::pair<std::size_t, std::size_t>> memberAt;
+    QHash<std::pair<int, QString>, std::size_t> teamAt;
+
     for (int i = 1; i <= run.numEvents && i <= 6; ++i) {
         const std::size_t e = std::size_t(i - 1);
         std::sort(Athletes.begin(), Athletes.end(), [&](const TeamAthlete &x, const TeamAthlete &y) {
             if (run.designation != 1 && x.Gym != y.Gym)
                 return x.Gym > y.Gym;
-            if (run.teamField != -1) {
-                const QByteArray tx = teamText(x, run.teamField).toUtf8();
-                const QByteArray ty = teamText(y, run.teamField).toUtf8();
-                if (tx != ty)
-                    return tx > ty;
-            }
+            if (run.teamField != -1 && x.SortText != y.SortText)
+                return x.SortText > y.SortText;
             if (x.Scores[e] != y.Scores[e])
                 return x.Scores[e] > y.Scores[e];
             return x.AA > y.AA;
@@ -396,38 +454,25 @@ void TTeamTieBreak::Execute(MeetStore &local, MeetStore &remote, const TeamRun &
                 continue;
             const QString key = run.teamField == -1 ? S("*") : text;
             const int id = run.designation == 1 ? -1 : a.Gym;
-            auto team = std::find_if(Teams.begin(), Teams.end(),
-                                     [&](const TeamEntry &t) { return t.Id == id && t.Key == key; });
-            if (team == Teams.end()) {
+            auto found = teamAt.constFind({id, key});
+            if (found == teamAt.cend()) {
                 TeamEntry made;
                 made.Id = id;
                 made.Key = key;
-                if (run.designation != 1) {
-                    QueryResult nd = remote.query(QStringList{S("select coalesce(TeamND, 0.0) as TeamND from ") + AttendTable,
-                                                              S("where MeetID = ") + QString::number(run.meet),
-                                                              S("and GymID = ") + QString::number(id)}
-                                                      .join(S("\r\n")));
-                    nd.first();
-                    if (nd.hasRow())
-                        made.Total = Round3(nd.value(S("TeamND")).toDouble());
-                }
+                if (run.designation != 1)
+                    made.Total = deductions.value(id, 0.0);
+                found = teamAt.insert({id, key}, Teams.size());
                 Teams.push_back(made);
-                team = Teams.end() - 1;
             }
-            team->EventTotals[e] = Round3(team->EventTotals[e] + a.Scores[e]);
-            team->Total = Round3(team->Total + a.Scores[e]);
-            TeamMember *member = nullptr;
-            for (TeamEntry &t : Teams) {
-                for (TeamMember &m : t.Members) {
-                    if (m.Num == a.Num)
-                        member = &m;
-                }
+            TeamEntry &team = Teams[*found];
+            team.EventTotals[e] = Round3(team.EventTotals[e] + a.Scores[e]);
+            team.Total = Round3(team.Total + a.Scores[e]);
+            auto member = memberAt.constFind(a.Num);
+            if (member == memberAt.cend()) {
+                member = memberAt.insert(a.Num, {*found, team.Members.size()});
+                team.Members.push_back({a.Num, {}});
             }
-            if (!member) {
-                team->Members.push_back({a.Num, {}});
-                member = &team->Members.back();
-            }
-            member->Scores[e] = a.Scores[e];
+            Teams[member->first].Members[member->second].Scores[e] = a.Scores[e];
         }
     }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -128,6 +129,7 @@ struct TeamAthlete {
     std::array<double, 6> Scores{};
     std::array<bool, 6> Flags{};
     std::array<double, 6> TB{};
+    QByteArray SortText; // the team text the sorts compare, as UTF-8
 };
 
 struct TeamMember {

@@ -1,5 +1,6 @@
 // Results pages against large meets, on each engine: the local copy of one
-// meet's gymnasts that every page build takes.
+// meet's gymnasts that every page build takes, then whole page builds (the
+// copy included) beside the same statements run raw on the meet database.
 //
 //   bench_ResultsBench [--gymnasts N] [--no-postgres] [google benchmark flags]
 //
@@ -9,6 +10,7 @@
 #include "meetdb/DevStore.h"
 #include "meetdb/MeetStore.h"
 #include "results/LocalCopies.h"
+#include "results/PageBuilds.h"
 #include "support/TestSupport.h"
 
 #include <QCoreApplication>
@@ -96,6 +98,92 @@ void snapshot(benchmark::State &state, MeetStore *store)
     state.counters["rows"] = rows;
 }
 
+// A page as the cycle builds it: snapshot, ordering and places.
+struct Pages {
+    explicit Pages(MeetStore &store) : copies(store)
+    {
+        PageBuildContext context;
+        context.remote = &store;
+        context.copies = &copies;
+        context.hostTieBreak = [] { return S("1"); };
+        context.nameFormat = [] { return 3; };
+        context.currentTwoScore = [] { return 0; };
+        builds = std::make_unique<PageBuilds>(context);
+    }
+    LocalCopies copies;
+    std::unique_ptr<PageBuilds> builds;
+};
+
+EventPageLine eventPage(int eventNumber)
+{
+    EventPageLine p;
+    p.eventNumber = eventNumber;
+    p.eventName = eventNumber == -1 ? S("AA") : S("VAULT");
+    p.eventGroup = 1;
+    p.meets[0] = 1;
+    p.places = S("10");
+    return p;
+}
+
+void page(benchmark::State &state, MeetStore *store, const QString &line, bool team)
+{
+    Pages pages(*store);
+    std::size_t rows = 0;
+    for (auto _ : state)
+        rows = (team ? pages.builds->BuildTeamRows(line) : pages.builds->BuildEventRows(line)).size();
+    state.counters["rows"] = double(rows);
+}
+
+// The statement a page orders by, run on the meet database, every row read.
+void raw(benchmark::State &state, MeetStore *store, const QString &sql)
+{
+    int rows = 0;
+    for (auto _ : state) {
+        QueryResult result = store->query(sql);
+        rows = 0;
+        for (result.first(); !result.eof(); result.next())
+            rows += result.value(0).isNull() ? 0 : 1;
+    }
+    state.counters["rows"] = rows;
+}
+
+QString eventStatement(int eventNumber)
+{
+    EventRun run;
+    run.kind = eventNumber == -1 ? S("A") : S("E");
+    run.meet = 1;
+    run.eventGroup = 1;
+    run.eventNumber = eventNumber;
+    return TEventTieBreak().Statement(run).join(u'\n').replace(S("KMRGymnasts"), S("Gymnasts"));
+}
+
+void registerPages(MeetStore *store, const QString &name)
+{
+    const auto add = [&](const char *what, auto &&...args) {
+        benchmark::RegisterBenchmark(qPrintable(S(what) + S("/") + name), args...)->Unit(benchmark::kMillisecond);
+    };
+    add("EventPage", page, store, eventPage(1).compose(), false);
+    add("EventPageRaw", raw, store, eventStatement(1));
+    add("AAPage", page, store, eventPage(-1).compose(), false);
+    add("AAPageRaw", raw, store, eventStatement(-1));
+    EventPageLine combined = eventPage(-1);
+    combined.meets = {1, 2, 3, 4};
+    combined.multipliers = {S("1.00"), S("1.00"), S("0.50"), S("0.50")};
+    add("CombinedPage", page, store, combined.compose(), false);
+    add("CombinedPageRaw", raw, store, PageBuilds::CombinedResultsSql(combined).join(u'\n'));
+    TeamPageLine team;
+    team.eventGroup = 1;
+    team.meet = 1;
+    team.scoreCount = S("3");
+    team.numEvents = 4;
+    add("TeamPage", page, store, team.compose(), true);
+    TeamRun run;
+    run.meet = 1;
+    run.eventGroup = 1;
+    run.numEvents = 4;
+    add("TeamPageRaw", raw, store, TTeamTieBreak().Statement(run).join(u'\n').replace(S("KMRGymnasts"), S("Gymnasts")));
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -122,6 +210,7 @@ int main(int argc, char **argv)
             const QString name = backendName(store->backend());
             benchmark::RegisterBenchmark(qPrintable(S("Snapshot/") + name), snapshot, store.get())
                 ->Unit(benchmark::kMillisecond);
+            registerPages(store.get(), name);
         }
     } catch (const StoreError &e) {
         std::fprintf(stderr, "bench_ResultsBench: %s\n", e.what());
