@@ -207,38 +207,6 @@ Endpoint PrivatePostgres::endpoint() const
     return e;
 }
 
-PrivateMariaDb::PrivateMariaDb() : m_dir(QDir::tempPath() + QStringLiteral("/kestra-my-XXXXXX"))
-{
-    start();
-}
-
-PrivateMariaDb::~PrivateMariaDb()
-{
-    stop();
-}
-
-void PrivateMariaDb::start()
-{
-    runServersScript(QStringLiteral("start-mysql"), m_dir.path());
-    m_running = true;
-}
-
-void PrivateMariaDb::stop()
-{
-    if (!m_running)
-        return;
-    runServersScript(QStringLiteral("stop-mysql"), m_dir.path());
-    m_running = false;
-}
-
-Endpoint PrivateMariaDb::endpoint() const
-{
-    Endpoint e;
-    e.port = readFirstLine(m_dir.path() + QStringLiteral("/mysql.port")).toInt();
-    e.socket = readFirstLine(m_dir.path() + QStringLiteral("/mysql.sock"));
-    return e;
-}
-
 PtyPair::PtyPair()
 {
     m_socat.setProcessChannelMode(QProcess::ForwardedErrorChannel);

@@ -89,21 +89,6 @@ private:
     bool m_running = false;
 };
 
-// A MariaDB server owned by one test, which may stop and restart it on the
-// same port with the same data.
-class PrivateMariaDb {
-public:
-    PrivateMariaDb();
-    ~PrivateMariaDb();
-    void start();
-    void stop();
-    Endpoint endpoint() const;
-
-private:
-    QTemporaryDir m_dir;
-    bool m_running = false;
-};
-
 // Two linked pseudo-terminals made by socat: what is written to one is read
 // from the other, like a null-modem cable.
 class PtyPair {
