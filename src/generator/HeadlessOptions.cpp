@@ -451,8 +451,9 @@ Other uses:
 Exit status: 0 after a stop by signal, 1 when the meet database could not be
 used or the connection was given up, 2 for a mistake on the command line, 3
 when Start refused the picks. With --sample-only: 0 once the sample is sent, 4
-when a failure stopped it (the line before says why). With --locate: 0 after the scan, 1 when the local
-network could not be searched (the reason is on standard error).
+when a failure stopped it (the line before says why). With --locate: 0 after
+the scan, 1 when the local network could not be searched (the reason is on
+standard error).
 )");
 }
 

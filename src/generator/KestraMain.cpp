@@ -169,19 +169,19 @@ void KestraMain::wireXpressionAndSample()
     // The graphics system's connection: kept from Start to the close; Clear and
     // Show Sample close it again when they opened it.
     const auto mysql = std::make_shared<XpressionConnection>();
-    const auto mysqlSettings = [this] {
-        return MySqlSettings{m_settings.MySQLServer, m_settings.MySQLDatabase, m_settings.MySQLUser,
-                             m_settings.MySQLPass};
+    const auto settingsOf = [](const KestraSettings &s) {
+        return MySqlSettings{s.MySQLServer, s.MySQLDatabase, s.MySQLUser, s.MySQLPass};
     };
+    const auto mysqlSettings = [this, settingsOf] { return settingsOf(m_settings); };
     const auto eventField = [this](int side, const QString &field) {
         TableCursor *events = table(side == 1 ? QStringLiteral("EventDisp1") : QStringLiteral("EventDisp2"));
         return events && events->hasRow() ? events->value(field).toString() : QString();
     };
     m_writers.add(std::make_unique<XpressionWriter>(m_record, mysql, *this, m_trace, mysqlSettings,
                                                     [eventField](int side) { return eventField(side, QStringLiteral("Group")); }));
-    m_hooks.connectMySql = [mysql, mysqlSettings](const KestraSettings &) {
+    m_hooks.connectMySql = [mysql, settingsOf](const KestraSettings &settings) {
         if (!mysql->isConnected())
-            mysql->connect(mysqlSettings());
+            mysql->connect(settingsOf(settings));
     };
     m_hooks.disconnectMySql = [mysql] { mysql->disconnect(); };
     m_cycle->setXpressionLink({[mysql] { return mysql->isConnected(); },
