@@ -25,7 +25,7 @@ using namespace kestra;
 
 namespace {
 
-enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3 };
+enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3, SampleFailed = 4 };
 
 void say(const QString &line)
 {
@@ -149,6 +149,12 @@ int main(int argc, char **argv)
             say(run.lastError());
         run.finish();
         return line ? Stopped : UsageError;
+    }
+    if (outcome == HeadlessRun::Outcome::SampleSent || outcome == HeadlessRun::Outcome::SampleFailed) {
+        if (outcome == HeadlessRun::Outcome::SampleSent)
+            say(run.describe());
+        run.finish();
+        return outcome == HeadlessRun::Outcome::SampleSent ? Stopped : SampleFailed;
     }
     say(run.describe());
     return QCoreApplication::exec();

@@ -339,6 +339,12 @@ private:
             }
             return true;
         }
+        if (arg == QLatin1String("--sample"))
+            return flag(m_options.sample);
+        if (arg == QLatin1String("--sample-only"))
+            return flag(m_options.sampleOnly);
+        if (arg == QLatin1String("--test-pattern"))
+            return flag(m_options.testPattern);
 
         static const QStringList valued = {
             QStringLiteral("--store"),  QStringLiteral("--server"),    QStringLiteral("--meet"),
@@ -410,12 +416,16 @@ private:
 
     bool finish()
     {
-        if (m_options.compose && (!m_options.pages.isEmpty() || m_options.resultsOnly))
-            return fail(QStringLiteral("--compose-page prints a line and ends: it takes no --page, --pages or --results-only"));
+        if (m_options.compose &&
+            (!m_options.pages.isEmpty() || m_options.resultsOnly || m_options.sample || m_options.sampleOnly))
+            return fail(QStringLiteral(
+                "--compose-page prints a line and ends: it takes no --page, --pages, --results-only or --sample"));
         if (m_options.resultsOnly && m_options.pages.isEmpty())
             return fail(QStringLiteral("--results-only needs a queue: --page or --pages"));
         if (m_options.locate && m_seen.size() + m_options.overrides.size() > 1)
             return fail(QStringLiteral("--locate takes no other option"));
+        if (m_options.testPattern && !m_options.sample && !m_options.sampleOnly)
+            return fail(QStringLiteral("--test-pattern needs --sample or --sample-only"));
         if (!m_options.storeAddress.isEmpty() && !m_options.serverName.isEmpty())
             return fail(QStringLiteral("give --store or --server, not both"));
         const HeadlessColumn &second = m_options.columns[1];
@@ -526,6 +536,14 @@ and the NCAA matrix; its Start follows the main window's):
                          exhib=0|1 count=N aa=N designate=gym|id|aa
                          team=1|2|3|none teamids=A,B
 
+Sample pages (before a meet, to check the link and every field's place):
+  --sample               Show Sample once on the chosen target before Start:
+                         made-up competitors, leader pages and, with --ncaa,
+                         NCAA groups and matrix; the run then goes on
+  --sample-only          the same, then the orderly close instead of the run
+  --test-pattern         with either: each field filled to its full width with
+                         a text that names it ("Event Display Test Mode")
+
 Other uses:
   --locate               lists the meet database servers found on this
                          machine and on the local network (DNS-SD,
@@ -535,8 +553,10 @@ Other uses:
 
 Exit status: 0 after a stop by signal, 1 when the meet database could not be
 used or the connection was given up, 2 for a mistake on the command line, 3
-when Start refused the picks. With --locate: 0 after the scan, 1 when the local
-network could not be searched (the reason is on standard error).
+when Start refused the picks. With --sample-only: 0 once the sample is sent, 4
+when a failure stopped it (the line before says why). With --locate: 0 after
+the scan, 1 when the local network could not be searched (the reason is on
+standard error).
 )");
 }
 

@@ -48,6 +48,11 @@ struct HeadlessOptions {
     std::optional<int> rotation;        // --rotation, numbered from 1
     std::optional<OutputTarget> target; // --target; the stored choice when absent
     std::vector<SettingOverride> overrides;
+    // Show Sample before Start (--sample), or instead of the run (--sample-only);
+    // --test-pattern ticks "Event Display Test Mode" for it.
+    bool sample = false;
+    bool sampleOnly = false;
+    bool testPattern = false;
     bool help = false;
     bool version = false; // --version: print the version and end
     bool locate = false;  // --locate: list the meet database servers a scan finds, and end

@@ -83,6 +83,14 @@ HeadlessRun::Outcome HeadlessRun::begin()
     if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target"), m_main.lastError()))
         return Outcome::Refused;
 
+    if (o.sample || o.sampleOnly) {
+        m_main.controls()(QStringLiteral("chkEventTest")).operatorSetChecked(o.testPattern);
+        // A failure has been told (one log line); a run goes on regardless.
+        const bool sent = m_main.showSample();
+        if (o.sampleOnly)
+            return sent ? Outcome::SampleSent : Outcome::SampleFailed;
+    }
+
     if (!m_main.start()) {
         // Start has told the operator why (a log line); the summary says it again.
         m_lastError = QStringLiteral("Start refused the picks");
@@ -147,6 +155,11 @@ void HeadlessRun::finish()
 
 QString HeadlessRun::describe() const
 {
+    return (m_options.sampleOnly ? QStringLiteral("sample sent: ") : QStringLiteral("running: ")) + describeSelection();
+}
+
+QString HeadlessRun::describeSelection() const
+{
     ControlSet &c = m_main.controls();
     auto shown = [&c](const QString &name) {
         const LogicalControl *control = c.find(name);
@@ -174,8 +187,8 @@ QString HeadlessRun::describe() const
         return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
     };
     QString line = m_options.resultsOnly
-                       ? QStringLiteral("running the results pages alone: meet \"%1\"").arg(shown(QStringLiteral("dblcboMeets")))
-                       : QStringLiteral("running: meet \"%1\", event group \"%2\", sessions %3, events %4")
+                       ? QStringLiteral("the results pages alone, meet \"%1\"").arg(shown(QStringLiteral("dblcboMeets")))
+                       : QStringLiteral("meet \"%1\", event group \"%2\", sessions %3, events %4")
                              .arg(shown(QStringLiteral("dblcboMeets")), shown(QStringLiteral("dblcboEvent1")),
                                   sessions(1), events(1));
     if (m_main.isDual())

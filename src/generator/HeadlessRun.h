@@ -20,6 +20,8 @@ public:
         Running, // Start was accepted (the state may show "Paused")
         GaveUp,  // the connection at creation was given up
         Refused, // a pick was not possible or Start refused it; see lastError()
+        SampleSent,   // --sample-only: the sample went out, nothing runs
+        SampleFailed, // --sample-only: a failure stopped the sample (already told)
     };
 
     HeadlessRun(KestraMain &main, HeadlessOptions options);
@@ -32,10 +34,12 @@ public:
     void finish();
 
     const QString &lastError() const { return m_lastError; }
-    // One line for the log: what the run follows and where it sends.
+    // One line for the log: what the run follows and where it sends (or,
+    // with --sample-only, where the sample went).
     QString describe() const;
 
 private:
+    QString describeSelection() const;
     bool pick(bool done, const QString &what, const QString &why);
     bool startResults();
 

@@ -11,14 +11,17 @@
 #include "outputs/Barco.h"
 #include "outputs/Daktronics.h"
 #include "outputs/DeviceTransport.h"
+#include "outputs/SamplePages.h"
 #include "outputs/TextFile.h"
 #include "outputs/WhiteWay.h"
 #include "outputs/XmlFile.h"
+#include "outputs/Xpression.h"
 #include "results/NCAARotation.h"
 #include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
+#include <QScopeGuard>
 
 namespace kestra {
 
@@ -124,6 +127,7 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
         m_controls, m_settings});
     m_hooks.loadNcaaTeams = [this, ncaa] { ncaa->LoadNCAATeams(m_cycle->teams()); };
     m_cycle->setTeamsRefresh([ncaa](NCAATeams &teams) { ncaa->refresh(teams); });
+    wireXpressionAndSample();
 
     LostConnectionHandler::Hooks lost;
     lost.stopTimers = [this] {
@@ -159,6 +163,50 @@ KestraMain::~KestraMain()
 {
     stopAllTimers();
     m_listeners->stop();
+}
+
+void KestraMain::wireXpressionAndSample()
+{
+    // The graphics system's connection: kept from Start to the close; Clear and
+    // Show Sample close it again when they opened it.
+    const auto mysql = std::make_shared<XpressionConnection>();
+    const auto settingsOf = [](const KestraSettings &s) {
+        return MySqlSettings{s.MySQLServer, s.MySQLDatabase, s.MySQLUser, s.MySQLPass};
+    };
+    const auto mysqlSettings = [this, settingsOf] { return settingsOf(m_settings); };
+    const auto eventField = [this](int side, const QString &field) {
+        TableCursor *events = table(side == 1 ? QStringLiteral("EventDisp1") : QStringLiteral("EventDisp2"));
+        return events && events->hasRow() ? events->value(field).toString() : QString();
+    };
+    m_writers.add(std::make_unique<XpressionWriter>(m_record, mysql, *this, m_trace, mysqlSettings,
+                                                    [eventField](int side) { return eventField(side, QStringLiteral("Group")); }));
+    m_hooks.connectMySql = [mysql, settingsOf](const KestraSettings &settings) {
+        if (!mysql->isConnected())
+            mysql->connect(settingsOf(settings));
+    };
+    m_hooks.disconnectMySql = [mysql] { mysql->disconnect(); };
+    m_cycle->setXpressionLink({[mysql] { return mysql->isConnected(); },
+                               [mysql, mysqlSettings] {
+                                   mysql->connect(mysqlSettings());
+                                   return true;
+                               },
+                               [mysql] { mysql->disconnect(); }});
+
+    m_hooks.showSample = [this, mysql, mysqlSettings, eventField] {
+        const bool connectedHere = checked(QStringLiteral("rdoXpression")) && !mysql->isConnected();
+        if (connectedHere)
+            mysql->connect(mysqlSettings());
+        const auto closeAgain = qScopeGuard([&] {
+            if (connectedHere)
+                mysql->disconnect();
+        });
+        SamplePages sample(m_record, *this, *this,
+                           [eventField](int event) { return eventField(1, QStringLiteral("Ev%1Short").arg(event)); });
+        const DeviceError result = sample.show(checked(QStringLiteral("chkEventTest")), checked(QStringLiteral("chkNCAA")));
+        if (checked(QStringLiteral("rdoXML")))
+            c(QStringLiteral("lblStatus")).setText(result == DeviceErrors::Success ? QStringLiteral("Success")
+                                                                                   : QStringLiteral("FAILED"));
+    };
 }
 
 // ---------------------------------------------------------------- controls
@@ -292,6 +340,18 @@ bool KestraMain::start()
         return false;
     }
     return true;
+}
+
+bool KestraMain::showSample()
+{
+    LogicalControl &button = c(QStringLiteral("btnShowTest"));
+    if (!m_shown || m_closed || !button.isEnabled()) {
+        m_lastError = QStringLiteral("Show Sample is possible only while the generator is stopped.");
+        return false;
+    }
+    m_lastError.clear();
+    button.click();
+    return m_lastError.isEmpty();
 }
 
 void KestraMain::stop()

@@ -124,6 +124,9 @@ public:
     bool start();
     // Stop, when running.
     void stop();
+    // "Show Sample" as the operator presses it, while stopped. False, with
+    // lastError(), when it could not be pressed or a failure left it.
+    bool showSample();
     // FormClose, once; later calls do nothing. False when the settings could
     // not be written (the reason is logged; the run's state is not lost).
     bool close();
@@ -239,6 +242,8 @@ signals:
 private:
     void buildControls();
     void wireHandlers();
+    // The Xpression writer and its connection, and the sample pages.
+    void wireXpressionAndSample();
     std::function<void()> guarded(std::function<void()> handler);
     LogicalControl &c(const QString &name) const { return m_controls(name); }
     bool checked(const QString &name) const { return m_controls(name).isChecked(); }

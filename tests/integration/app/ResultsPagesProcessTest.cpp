@@ -65,7 +65,7 @@ TEST_F(ResultsPagesProcessTest, AComposedQueueCyclesItsTitlesOnTheBoard)
     EXPECT_TRUE(waitUntil([&] { return titles() == S("Team Race|Level 4 Vault"); }, std::chrono::seconds(20)))
         << titles().toStdString() << run.errors().toStdString();
     EXPECT_EQ(run.signal(SIGTERM), 0) << run.errors().toStdString();
-    EXPECT_TRUE(run.errors().contains(S("running the results pages alone"))) << run.errors().toStdString();
+    EXPECT_TRUE(run.errors().contains(S("running: the results pages alone"))) << run.errors().toStdString();
 }
 
 TEST_F(ResultsPagesProcessTest, ABadQueueLineIsRefusedBeforeAnythingRuns)

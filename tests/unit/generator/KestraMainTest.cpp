@@ -52,7 +52,7 @@ void expectOneBox(const MainRig &rig, PromptIcon icon, const QString &caption = 
 // The targets this build can send to.
 const QStringList kTargetsWithWriters = {QStringLiteral("rdoDaktronics"), QStringLiteral("rdoBarco"),
                                          QStringLiteral("rdoWhiteWay"), QStringLiteral("rdoFile"),
-                                         QStringLiteral("rdoXML")};
+                                         QStringLiteral("rdoXML"), QStringLiteral("rdoXpression")};
 
 // A refused Start leaves the window stopped and unlocked.
 void expectRefusedStart(MainRig &rig)
