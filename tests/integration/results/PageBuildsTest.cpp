@@ -305,6 +305,19 @@ TEST_P(PageBuildsTest, CombinedMeetsAddTheirWeightedScores)
             rows << r.Place + S(":") + r.Name.mid(1) + S(":") + r.Score.trimmed();
         EXPECT_EQ(rows.join(S(" ")), S(c.rows)) << c.meets[2] << c.meets[3];
     }
+    // An age range brings date literals into the server's statement: 2 was
+    // born in it, 1 was not.
+    m.rig.peer().execute(S("update Gymnasts set Birthday = date '2012-05-01' where Num = 2"));
+    m.rig.peer().execute(S("update Gymnasts set Birthday = date '2008-05-01' where Num = 1"));
+    EventPageLine p;
+    p.eventGroup = 90;
+    p.meets = {81, 82, -1, -1};
+    p.multipliers = {S("1.00"), S("1.00"), S("0.00"), S("0.00")};
+    p.lowerDates = S("2011-09-01");
+    p.upperDates = S("2013-08-31");
+    const ResultsRows dated = m.builds->BuildEventRows(p.compose());
+    ASSERT_EQ(dated.size(), 1u);
+    EXPECT_EQ(dated[0].Name.mid(1), S("2"));
 }
 
 // Cross-check against a published sheet: the women's floor final of the 2016
