@@ -121,31 +121,25 @@ void PageCycle::writeIndividualScreen(int page, const QString &title, const QStr
     m_record.pack(layout::leaderTitle1(page), title.isEmpty() ? QStringLiteral("Event Results for:") : title);
     m_record.pack(layout::leaderTitle2(page),
                   event.toUpper() == QLatin1String("AA") ? QStringLiteral("ALL-AROUND") : event.toUpper());
-    for (int line = 1; line <= rows; ++line) {
-        if (c.RowCursor < int(c.PageRows.size())) {
-            const ResultsRow &row = c.PageRows[std::size_t(c.RowCursor++)];
-            m_record.pack(layout::leaderRank(page, line), row.Place);
-            m_record.pack(layout::leaderName(page, line), row.Name);
-            m_record.pack(layout::leaderGym(page, line), row.Team);
-            m_record.pack(layout::leaderScore(page, line), row.Score);
-        } else {
-            for (const Field &f : {layout::leaderRank(page, line), layout::leaderName(page, line),
-                                   layout::leaderGym(page, line), layout::leaderScore(page, line)})
-                m_record.blank(f);
-        }
-    }
-    sendLeader(page);
+    writeLeaderRows(page, c, rows, false);
 }
 
 void PageCycle::writeTeamScreen(int page, const QString &title, Channel &c, int rows)
 {
     m_record.pack(layout::leaderTitle1(page), title.isEmpty() ? QStringLiteral("Team Results") : title);
     m_record.pack(layout::leaderTitle2(page), title.isEmpty() ? QString() : QStringLiteral("TEAM RANK"));
+    writeLeaderRows(page, c, rows, true);
+}
+
+// The next `rows` rows of the channel's page, the lines past its end blank; a
+// team's row names the team where a competitor's names the competitor.
+void PageCycle::writeLeaderRows(int page, Channel &c, int rows, bool team)
+{
     for (int line = 1; line <= rows; ++line) {
         if (c.RowCursor < int(c.PageRows.size())) {
             const ResultsRow &row = c.PageRows[std::size_t(c.RowCursor++)];
             m_record.pack(layout::leaderRank(page, line), row.Place);
-            m_record.pack(layout::leaderName(page, line), row.Team);
+            m_record.pack(layout::leaderName(page, line), team ? row.Team : row.Name);
             m_record.pack(layout::leaderGym(page, line), row.Team);
             m_record.pack(layout::leaderScore(page, line), row.Score);
         } else {

@@ -89,6 +89,7 @@ private:
     int followingLine(const QStringList &lines, int k, int after) const;
     void writeIndividualScreen(int page, const QString &title, const QString &event, Channel &c, int rows);
     void writeTeamScreen(int page, const QString &title, Channel &c, int rows);
+    void writeLeaderRows(int page, Channel &c, int rows, bool team);
     void writeMatrixScreen(int eventGroup, Channel &c, int rows);
     void sendLeader(int page);
     void sendMatrix();
