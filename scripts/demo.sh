@@ -6,7 +6,9 @@
 #   kestra-devstore feed   publishes one score every few seconds, as the
 #                          scoring product does while judges post them
 #   kestra-headless        polls the queue and sends Daktronics (or White Way,
-#                          or Barco) frames by UDP to 127.0.0.1
+#                          or Barco) frames by UDP to 127.0.0.1, with three
+#                          leader pages (all-around, vault, teams) rotating
+#                          beside the live scores
 #   kestra-board           a virtual board on that port, printing what a real
 #                          board would show
 #
@@ -17,6 +19,7 @@
 #   KESTRA_DEMO_INTERVAL  minimum seconds a score stays up (5)
 #   KESTRA_DEMO_SECONDS   stop by itself after this many seconds (run until Ctrl-C)
 #   KESTRA_DEMO_TARGET    daktronics, whiteway or barco (daktronics)
+#   KESTRA_DEMO_PAGE_SECONDS  seconds a leader screen shows, 5 to 99 (8)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 top=$PWD
@@ -28,6 +31,7 @@ interval=${KESTRA_DEMO_INTERVAL:-5}
 seconds=${KESTRA_DEMO_SECONDS:-}
 build=${KESTRA_DEMO_BUILD:-build-demo}
 target=${KESTRA_DEMO_TARGET:-daktronics}
+page_seconds=${KESTRA_DEMO_PAGE_SECONDS:-8}
 case "$target" in
   daktronics|whiteway|barco) ;;
   *) echo "demo: KESTRA_DEMO_TARGET is daktronics, whiteway or barco, not \"$target\"" >&2; exit 2 ;;
@@ -64,6 +68,13 @@ export XDG_CONFIG_HOME="$store/config" XDG_STATE_HOME="$store/state"
 say "Meet database: $store/Marlowen.sqlite (schema and sample meet, made afresh)"
 "$devstore" seed "$store" --force
 
+# The leader pages of the meet being fed, composed as the results window
+# would: its standings grow as the scores come.
+pages=()
+for pick in event=AA event=1 event=Team; do
+  pages+=(--page "$("$headless" --store "$store" --compose-page "$pick")")
+done
+
 pids=()
 stopping=0
 stop_all() {
@@ -98,10 +109,11 @@ say "Scoring feed: one score every $every s"
 "$devstore" feed "$store" --every "$every" > >(sed -u 's/^/[feed] /') &
 pids+=($!)
 
-say "Generator: $target frames by UDP to 127.0.0.1:$port (Ctrl-C to end)"
+say "Generator: $target frames by UDP to 127.0.0.1:$port, leader pages every $page_seconds s (Ctrl-C to end)"
 "$headless" --store "$store" --target "$target" \
   --set Options/COMPort=UDP --set "Options/UDPPort=$port" --set Options/IPAddr=127.0.0.1 \
-  --set "Options/Interval=$interval" --set "Options/IntervalMax=$((interval * 6))" &
+  --set "Options/Interval=$interval" --set "Options/IntervalMax=$((interval * 6))" \
+  "${pages[@]}" --page-seconds "$page_seconds" &
 generator=$!
 pids+=($generator)
 

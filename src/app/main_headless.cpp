@@ -25,7 +25,7 @@ using namespace kestra;
 
 namespace {
 
-enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3 };
+enum ExitStatus { Stopped = 0, StoreFailure = 1, UsageError = 2, Refused = 3, SampleFailed = 4 };
 
 void say(const QString &line)
 {
@@ -140,6 +140,21 @@ int main(int argc, char **argv)
         say(run.lastError());
         run.finish();
         return Refused;
+    }
+    if (options.compose) {
+        const std::optional<QString> line = run.composePage();
+        if (line)
+            std::fprintf(stdout, "%s\n", line->toUtf8().constData());
+        else
+            say(run.lastError());
+        run.finish();
+        return line ? Stopped : UsageError;
+    }
+    if (outcome == HeadlessRun::Outcome::SampleSent || outcome == HeadlessRun::Outcome::SampleFailed) {
+        if (outcome == HeadlessRun::Outcome::SampleSent)
+            say(run.describe());
+        run.finish();
+        return outcome == HeadlessRun::Outcome::SampleSent ? Stopped : SampleFailed;
     }
     say(run.describe());
     return QCoreApplication::exec();

@@ -7,6 +7,8 @@
 #include "setup/KestraSettings.h"
 #include "support/LogicalControl.h"
 
+#include <QScopeGuard>
+
 namespace kestra {
 
 DisplayCycle::DisplayCycle(GeneratorContext &context) : m_context(context) {}
@@ -110,6 +112,11 @@ void DisplayCycle::btnClearClick()
     bool connectedHere = false;
     if (isChecked("rdoXpression") && m_xpression.isConnected && m_xpression.connect && !m_xpression.isConnected())
         connectedHere = m_xpression.connect();
+    // Closed again also when a failure leaves the click.
+    const auto closeAgain = qScopeGuard([&] {
+        if (connectedHere && m_xpression.disconnect)
+            m_xpression.disconnect();
+    });
 
     m_context.record().clearAll();
     DisplayLines lines(m_context.record(), m_context);
@@ -140,9 +147,6 @@ void DisplayCycle::btnClearClick()
         if (isChecked("rdoXML"))
             showXmlOutcome(result);
     }
-
-    if (connectedHere && m_xpression.disconnect)
-        m_xpression.disconnect();
 }
 
 } // namespace kestra

@@ -1,9 +1,12 @@
 #include "generator/HeadlessOptions.h"
 
+#include "results/ResultsPage.h"
+
 #include "setup/SettingsDocument.h"
 #include "setup/SettingsStore.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -183,6 +186,47 @@ private:
         return true;
     }
 
+    bool inRange(const QString &option, const QString &text, int low, int high, int &out)
+    {
+        bool ok = false;
+        const int value = text.trimmed().toInt(&ok);
+        if (!ok || value < low || value > high)
+            return fail(QStringLiteral("%1: %2 is not a whole number from %3 to %4")
+                            .arg(option, quoted(text))
+                            .arg(low)
+                            .arg(high));
+        out = value;
+        return true;
+    }
+
+    // A queue line, refused here rather than in the middle of a run.
+    bool page(const QString &where, const QString &line)
+    {
+        if (const QString problem = ResultsPage::problemOf(line); !problem.isEmpty())
+            return fail(where + QStringLiteral(": ") + problem);
+        ++m_pageCount;
+        m_options.pages << line;
+        return true;
+    }
+
+    bool pagesFile(const QString &path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+            return fail(QStringLiteral("--pages: cannot read ") + quoted(path) + QStringLiteral(": ") +
+                        file.errorString());
+        int number = 0;
+        while (!file.atEnd()) {
+            ++number;
+            const QString line = QString::fromUtf8(file.readLine()).trimmed();
+            if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+                continue;
+            if (!page(QStringLiteral("--pages %1 line %2").arg(path).arg(number), line))
+                return false;
+        }
+        return true;
+    }
+
     bool sessions(const QString &option, const QString &text, QStringList &out)
     {
         const QStringList parts = text.split(QLatin1Char(','));
@@ -279,15 +323,39 @@ private:
             return flag(m_options.ncaa);
         if (arg == QLatin1String("--locate"))
             return flag(m_options.locate);
+        if (arg == QLatin1String("--results-only"))
+            return flag(m_options.resultsOnly);
+        if (arg == QLatin1String("--compose-page")) {
+            if (inlineValue)
+                return fail(arg + QStringLiteral(" takes KEY=VALUE words after it, not a value"));
+            if (!once(arg))
+                return false;
+            m_options.compose = true;
+            while (m_pos < m_args.size() && !m_args.at(m_pos).startsWith(QLatin1String("--"))) {
+                const QString pick = m_args.at(m_pos++);
+                if (pick.indexOf(QLatin1Char('=')) <= 0)
+                    return fail(QStringLiteral("--compose-page: ") + quoted(pick) + QStringLiteral(" is not KEY=VALUE"));
+                m_options.composePicks << pick;
+            }
+            return true;
+        }
+        if (arg == QLatin1String("--sample"))
+            return flag(m_options.sample);
+        if (arg == QLatin1String("--sample-only"))
+            return flag(m_options.sampleOnly);
+        if (arg == QLatin1String("--test-pattern"))
+            return flag(m_options.testPattern);
 
         static const QStringList valued = {
             QStringLiteral("--store"),  QStringLiteral("--server"),    QStringLiteral("--meet"),
             QStringLiteral("--group"),  QStringLiteral("--sessions"),  QStringLiteral("--events"),
             QStringLiteral("--group2"), QStringLiteral("--sessions2"), QStringLiteral("--events2"),
-            QStringLiteral("--target"), QStringLiteral("--set"),       QStringLiteral("--rotation")};
+            QStringLiteral("--target"), QStringLiteral("--set"),       QStringLiteral("--rotation"),
+            QStringLiteral("--page"),   QStringLiteral("--pages"),     QStringLiteral("--page-seconds"),
+            QStringLiteral("--leader-lines"), QStringLiteral("--leader-names")};
         if (!valued.contains(arg))
             return fail(QStringLiteral("unknown option ") + quoted(arg) + QStringLiteral(" (see --help)"));
-        if (arg != QLatin1String("--set") && !once(arg))
+        if (arg != QLatin1String("--set") && arg != QLatin1String("--page") && !once(arg))
             return false;
         if (!takeValue(arg, inlineValue, value))
             return false;
@@ -325,6 +393,16 @@ private:
             return sessions(arg, value, (arg.endsWith(QLatin1Char('2')) ? second : first).sessions);
         if (arg == QLatin1String("--events") || arg == QLatin1String("--events2"))
             return events(arg, value, arg.endsWith(QLatin1Char('2')) ? second : first);
+        if (arg == QLatin1String("--page"))
+            return page(QStringLiteral("--page %1").arg(m_pageCount + 1), value.trimmed());
+        if (arg == QLatin1String("--pages"))
+            return pagesFile(value);
+        if (arg == QLatin1String("--page-seconds"))
+            return inRange(arg, value, 5, 99, m_options.pageSeconds);
+        if (arg == QLatin1String("--leader-lines"))
+            return inRange(arg, value, 4, 8, m_options.leaderLines);
+        if (arg == QLatin1String("--leader-names"))
+            return inRange(arg, value, 0, 3, m_options.leaderNames);
         if (arg == QLatin1String("--target")) {
             const auto target = HeadlessOptions::targetFromName(value);
             if (!target)
@@ -338,8 +416,16 @@ private:
 
     bool finish()
     {
+        if (m_options.compose &&
+            (!m_options.pages.isEmpty() || m_options.resultsOnly || m_options.sample || m_options.sampleOnly))
+            return fail(QStringLiteral(
+                "--compose-page prints a line and ends: it takes no --page, --pages, --results-only or --sample"));
+        if (m_options.resultsOnly && m_options.pages.isEmpty())
+            return fail(QStringLiteral("--results-only needs a queue: --page or --pages"));
         if (m_options.locate && m_seen.size() + m_options.overrides.size() > 1)
             return fail(QStringLiteral("--locate takes no other option"));
+        if (m_options.testPattern && !m_options.sample && !m_options.sampleOnly)
+            return fail(QStringLiteral("--test-pattern needs --sample or --sample-only"));
         if (!m_options.storeAddress.isEmpty() && !m_options.serverName.isEmpty())
             return fail(QStringLiteral("give --store or --server, not both"));
         const HeadlessColumn &second = m_options.columns[1];
@@ -353,6 +439,7 @@ private:
     HeadlessOptions m_options;
     QSet<QString> m_seen;
     QString m_error;
+    int m_pageCount = 0;
 };
 
 } // namespace
@@ -425,6 +512,38 @@ Output:
                          --set Options/COMPort=UDP --set Options/UDPPort=40001
                          --set Options/IPAddr=127.0.0.1 --set Options/Interval=0
 
+Results pages (the results window, cycling its queue on the leader pages
+and the NCAA matrix; its Start follows the main window's):
+  --page LINE            a queue line, as the results window shows it:
+                         "[1][Vault][Events][VAULT][1]..." (repeatable, in
+                         order); write one with --compose-page
+  --pages FILE           queue lines, one a line; blank lines and lines
+                         starting with # are skipped
+  --page-seconds N       seconds a screen shows, 5 to 99 (default 5)
+  --leader-lines N       rows a screen, 4 to 8 (default 8)
+  --leader-names N       names in the rows: 0 "First Last", 1 "Last, First",
+                         2 "F Last", 3 "Last" (default 0)
+  --results-only         the results pages alone: the main window stays
+                         stopped (no sessions or events needed)
+  --compose-page KEY=VALUE...
+                         prints the line the results window composes from
+                         these picks, with its defaults for the rest, and ends:
+                         meet=ID meet2=ID meet3=ID meet4=ID pct1..pct4=1-100
+                         group=EVENTID event=NAME|N|AA|Team channel=1-3
+                         title=TEXT levels=L,L ages=NAME,NAME sessions=S,S
+                         gyms=GYMID,GYMID
+                         places=N fa=0|1 ncaa=0|1 grid=0|1 twoattempts=0|1
+                         exhib=0|1 count=N aa=N designate=gym|id|aa
+                         team=1|2|3|none teamids=A,B
+
+Sample pages (before a meet, to check the link and every field's place):
+  --sample               Show Sample once on the chosen target before Start:
+                         made-up competitors, leader pages and, with --ncaa,
+                         NCAA groups and matrix; the run then goes on
+  --sample-only          the same, then the orderly close instead of the run
+  --test-pattern         with either: each field filled to its full width with
+                         a text that names it ("Event Display Test Mode")
+
 Other uses:
   --locate               lists the meet database servers found on this
                          machine and on the local network (DNS-SD,
@@ -434,8 +553,10 @@ Other uses:
 
 Exit status: 0 after a stop by signal, 1 when the meet database could not be
 used or the connection was given up, 2 for a mistake on the command line, 3
-when Start refused the picks. With --locate: 0 after the scan, 1 when the local
-network could not be searched (the reason is on standard error).
+when Start refused the picks. With --sample-only: 0 once the sample is sent, 4
+when a failure stopped it (the line before says why). With --locate: 0 after
+the scan, 1 when the local network could not be searched (the reason is on
+standard error).
 )");
 }
 

@@ -48,9 +48,26 @@ struct HeadlessOptions {
     std::optional<int> rotation;        // --rotation, numbered from 1
     std::optional<OutputTarget> target; // --target; the stored choice when absent
     std::vector<SettingOverride> overrides;
+    // Show Sample before Start (--sample), or instead of the run (--sample-only);
+    // --test-pattern ticks "Event Display Test Mode" for it.
+    bool sample = false;
+    bool sampleOnly = false;
+    bool testPattern = false;
     bool help = false;
     bool version = false; // --version: print the version and end
     bool locate = false;  // --locate: list the meet database servers a scan finds, and end
+
+    // The results window: the queue in order (--page, --pages), seconds a
+    // screen (--page-seconds, spinTime), rows a screen (--leader-lines,
+    // spinLeaderLines), the name format of its rows (--leader-names).
+    QStringList pages;
+    int pageSeconds = 5;
+    int leaderLines = 8;
+    int leaderNames = 0;
+    bool resultsOnly = false; // --results-only: the main window stays stopped
+    // --compose-page KEY=VALUE...: print the line the window would compose.
+    bool compose = false;
+    QStringList composePicks;
 
     // Parses the arguments after the program's name. On a mistake the answer
     // is the message to print, one line without the program's name.

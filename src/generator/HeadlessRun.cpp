@@ -2,6 +2,8 @@
 
 #include "generator/KestraMain.h"
 #include "generator/MeetSelection.h"
+#include "results/ResultsGraphic.h"
+#include "results/ResultsPicks.h"
 #include "support/LogicalControl.h"
 
 #include <QList>
@@ -48,6 +50,13 @@ HeadlessRun::Outcome HeadlessRun::begin()
     };
     if (o.meetId && !picked(selection.selectMeet(*o.meetId), QStringLiteral("--meet %1").arg(*o.meetId)))
         return Outcome::Refused;
+    if (o.compose)
+        return Outcome::Running;
+    if (o.resultsOnly) {
+        if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target"), m_main.lastError()))
+            return Outcome::Refused;
+        return startResults() ? Outcome::Running : Outcome::Refused;
+    }
     if (!picked(selection.setDual(o.dual), QStringLiteral("--dual")))
         return Outcome::Refused;
     for (int side = 1; side <= (o.dual ? 2 : 1); ++side) {
@@ -74,6 +83,14 @@ HeadlessRun::Outcome HeadlessRun::begin()
     if (o.target && !pick(m_main.selectTarget(*o.target), QStringLiteral("--target"), m_main.lastError()))
         return Outcome::Refused;
 
+    if (o.sample || o.sampleOnly) {
+        m_main.controls()(QStringLiteral("chkEventTest")).operatorSetChecked(o.testPattern);
+        // A failure has been told (one log line); a run goes on regardless.
+        const bool sent = m_main.showSample();
+        if (o.sampleOnly)
+            return sent ? Outcome::SampleSent : Outcome::SampleFailed;
+    }
+
     if (!m_main.start()) {
         // Start has told the operator why (a log line); the summary says it again.
         m_lastError = QStringLiteral("Start refused the picks");
@@ -81,7 +98,38 @@ HeadlessRun::Outcome HeadlessRun::begin()
             m_lastError += QStringLiteral(": ") + m_main.lastError();
         return Outcome::Refused;
     }
+    if (!o.pages.isEmpty() && !startResults())
+        return Outcome::Refused;
     return Outcome::Running;
+}
+
+bool HeadlessRun::startResults()
+{
+    ResultsGraphic &results = m_main.openResults();
+    results(QStringLiteral("spinTime")).operatorSetText(QString::number(m_options.pageSeconds));
+    results(QStringLiteral("spinLeaderLines")).operatorSetText(QString::number(m_options.leaderLines));
+    results(QStringLiteral("rgrpNameFormat")).operatorSelect(m_options.leaderNames);
+    results.appendLines(m_options.pages);
+    results(QStringLiteral("btnStart")).click();
+    if (!results.cycle().isRunning()) {
+        m_lastError = QStringLiteral("the results pages could not start");
+        return false;
+    }
+    return true;
+}
+
+std::optional<QString> HeadlessRun::composePage()
+{
+    ResultsGraphic &results = m_main.openResults();
+    if (const QString problem = applyResultsPicks(results, m_options.composePicks); !problem.isEmpty()) {
+        m_lastError = QStringLiteral("--compose-page: ") + problem;
+        return std::nullopt;
+    }
+    if (!results.ValidatePage()) {
+        m_lastError = QStringLiteral("--compose-page: Please choose different meets");
+        return std::nullopt;
+    }
+    return results.composeLine();
 }
 
 void HeadlessRun::finish()
@@ -106,6 +154,11 @@ void HeadlessRun::finish()
 }
 
 QString HeadlessRun::describe() const
+{
+    return (m_options.sampleOnly ? QStringLiteral("sample sent: ") : QStringLiteral("running: ")) + describeSelection();
+}
+
+QString HeadlessRun::describeSelection() const
 {
     ControlSet &c = m_main.controls();
     auto shown = [&c](const QString &name) {
@@ -133,14 +186,20 @@ QString HeadlessRun::describe() const
         }
         return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
     };
-    QString line = QStringLiteral("running: meet \"%1\", event group \"%2\", sessions %3, events %4")
-                       .arg(shown(QStringLiteral("dblcboMeets")), shown(QStringLiteral("dblcboEvent1")),
-                            sessions(1), events(1));
+    QString line = m_options.resultsOnly
+                       ? QStringLiteral("the results pages alone, meet \"%1\"").arg(shown(QStringLiteral("dblcboMeets")))
+                       : QStringLiteral("meet \"%1\", event group \"%2\", sessions %3, events %4")
+                             .arg(shown(QStringLiteral("dblcboMeets")), shown(QStringLiteral("dblcboEvent1")),
+                                  sessions(1), events(1));
     if (m_main.isDual())
         line += QStringLiteral("; column 2: event group \"%1\", sessions %2, events %3")
                     .arg(shown(QStringLiteral("dblcboEvent2")), sessions(2), events(2));
     if (m_main.controls()(QStringLiteral("chkNCAA")).isChecked())
         line += QStringLiteral("; NCAA mode");
+    if (const ResultsGraphic *results = m_main.results(); results && results->cycle().isRunning())
+        line += QStringLiteral("; results pages: %1 line(s), %2 s a screen")
+                    .arg(results->queue().size())
+                    .arg(m_options.pageSeconds);
     const KestraSettings &s = m_main.settings();
     const OutputTarget target = m_main.checkedTarget();
     const int button = int(target) - int(OutputTarget::Daktronics);

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace kestra {
 
 class KestraMain;
@@ -18,20 +20,28 @@ public:
         Running, // Start was accepted (the state may show "Paused")
         GaveUp,  // the connection at creation was given up
         Refused, // a pick was not possible or Start refused it; see lastError()
+        SampleSent,   // --sample-only: the sample went out, nothing runs
+        SampleFailed, // --sample-only: a failure stopped the sample (already told)
     };
 
     HeadlessRun(KestraMain &main, HeadlessOptions options);
 
+    // With --compose-page, begin() makes the meet pick only; composePage()
+    // then answers the line, or nothing with lastError().
     Outcome begin();
+    std::optional<QString> composePage();
     // Stop when running, then the close; safe to call more than once.
     void finish();
 
     const QString &lastError() const { return m_lastError; }
-    // One line for the log: what the run follows and where it sends.
+    // One line for the log: what the run follows and where it sends (or,
+    // with --sample-only, where the sample went).
     QString describe() const;
 
 private:
+    QString describeSelection() const;
     bool pick(bool done, const QString &what, const QString &why);
+    bool startResults();
 
     KestraMain &m_main;
     HeadlessOptions m_options;

@@ -4,20 +4,24 @@
 #include "generator/MeetSelection.h"
 #include "generator/NowUpListeners.h"
 #include "generator/ScorePoll.h"
+#include "results/ResultsGraphic.h"
 #include "meetdb/LostConnection.h"
 #include "meetdb/MeetConnection.h"
 #include "meetdb/MeetStore.h"
 #include "outputs/Barco.h"
 #include "outputs/Daktronics.h"
 #include "outputs/DeviceTransport.h"
+#include "outputs/SamplePages.h"
 #include "outputs/TextFile.h"
 #include "outputs/WhiteWay.h"
 #include "outputs/XmlFile.h"
+#include "outputs/Xpression.h"
 #include "results/NCAARotation.h"
 #include "support/ExeInfo.h"
 #include "support/OperatorPrompt.h"
 
 #include <QLoggingCategory>
+#include <QScopeGuard>
 
 namespace kestra {
 
@@ -100,8 +104,8 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
         m_controls, [this]() -> MeetStore & { return store(); },
         [this](const std::function<void()> &handler) { guarded(handler)(); });
     m_selection->setMeetChangedHandler([this](int meetId) {
-        if (m_hooks.meetChanged)
-            m_hooks.meetChanged(meetId);
+        if (m_results)
+            m_results->ApplyMeet(meetId);
     });
     wireHandlers();
 
@@ -123,12 +127,13 @@ KestraMain::KestraMain(MeetConnection &connection, SettingsStore kestraKey, Sett
         m_controls, m_settings});
     m_hooks.loadNcaaTeams = [this, ncaa] { ncaa->LoadNCAATeams(m_cycle->teams()); };
     m_cycle->setTeamsRefresh([ncaa](NCAATeams &teams) { ncaa->refresh(teams); });
+    wireXpressionAndSample();
 
     LostConnectionHandler::Hooks lost;
     lost.stopTimers = [this] {
         stopAllTimers();
-        if (m_hooks.stopResultsTimer)
-            m_hooks.stopResultsTimer();
+        if (m_results)
+            m_results->cycle().timer().stop();
     };
     lost.serverName = [this] { return currentServerName(); };
     lost.applicationTitle = [this] { return m_title; };
@@ -160,19 +165,56 @@ KestraMain::~KestraMain()
     m_listeners->stop();
 }
 
+void KestraMain::wireXpressionAndSample()
+{
+    // The graphics system's connection: kept from Start to the close; Clear and
+    // Show Sample close it again when they opened it.
+    const auto mysql = std::make_shared<XpressionConnection>();
+    const auto settingsOf = [](const KestraSettings &s) {
+        return MySqlSettings{s.MySQLServer, s.MySQLDatabase, s.MySQLUser, s.MySQLPass};
+    };
+    const auto mysqlSettings = [this, settingsOf] { return settingsOf(m_settings); };
+    const auto eventField = [this](int side, const QString &field) {
+        TableCursor *events = table(side == 1 ? QStringLiteral("EventDisp1") : QStringLiteral("EventDisp2"));
+        return events && events->hasRow() ? events->value(field).toString() : QString();
+    };
+    m_writers.add(std::make_unique<XpressionWriter>(m_record, mysql, *this, m_trace, mysqlSettings,
+                                                    [eventField](int side) { return eventField(side, QStringLiteral("Group")); }));
+    m_hooks.connectMySql = [mysql, settingsOf](const KestraSettings &settings) {
+        if (!mysql->isConnected())
+            mysql->connect(settingsOf(settings));
+    };
+    m_hooks.disconnectMySql = [mysql] { mysql->disconnect(); };
+    m_cycle->setXpressionLink({[mysql] { return mysql->isConnected(); },
+                               [mysql, mysqlSettings] {
+                                   mysql->connect(mysqlSettings());
+                                   return true;
+                               },
+                               [mysql] { mysql->disconnect(); }});
+
+    m_hooks.showSample = [this, mysql, mysqlSettings, eventField] {
+        const bool connectedHere = checked(QStringLiteral("rdoXpression")) && !mysql->isConnected();
+        if (connectedHere)
+            mysql->connect(mysqlSettings());
+        const auto closeAgain = qScopeGuard([&] {
+            if (connectedHere)
+                mysql->disconnect();
+        });
+        SamplePages sample(m_record, *this, *this,
+                           [eventField](int event) { return eventField(1, QStringLiteral("Ev%1Short").arg(event)); });
+        const DeviceError result = sample.show(checked(QStringLiteral("chkEventTest")), checked(QStringLiteral("chkNCAA")));
+        if (checked(QStringLiteral("rdoXML")))
+            c(QStringLiteral("lblStatus")).setText(result == DeviceErrors::Success ? QStringLiteral("Success")
+                                                                                   : QStringLiteral("FAILED"));
+    };
+}
+
 // ---------------------------------------------------------------- controls
 
 void KestraMain::buildControls()
 {
     auto add = [this](const QString &name, const QString &text, const char *kind, const char *group, int row,
-                      int column) -> LogicalControl & {
-        LogicalControl &control = m_controls.add(name, text);
-        control.setProperty(QStringLiteral("kind"), QString::fromLatin1(kind));
-        control.setProperty(QStringLiteral("group"), QString::fromLatin1(group));
-        control.setProperty(QStringLiteral("row"), row);
-        control.setProperty(QStringLiteral("column"), column);
-        return control;
-    };
+                      int column) -> LogicalControl & { return m_controls.addPlaced(name, text, kind, group, row, column); };
     const auto s = [](const char *text) { return QString::fromUtf8(text); };
 
     add(s("dxbtnDisplayResults"), s("Results"), "button", "ribbon", 0, 0);
@@ -293,6 +335,18 @@ bool KestraMain::start()
     return true;
 }
 
+bool KestraMain::showSample()
+{
+    LogicalControl &button = c(QStringLiteral("btnShowTest"));
+    if (!m_shown || m_closed || !button.isEnabled()) {
+        m_lastError = QStringLiteral("Show Sample is possible only while the generator is stopped.");
+        return false;
+    }
+    m_lastError.clear();
+    button.click();
+    return m_lastError.isEmpty();
+}
+
 void KestraMain::stop()
 {
     LogicalControl &button = c(QStringLiteral("btnScoreStop"));
@@ -397,6 +451,8 @@ void KestraMain::FormClose()
     if (m_hooks.disconnectMySql)
         m_hooks.disconnectMySql();
     m_listeners->stop();
+    if (m_results)
+        dropResults();
     // The window goes away with its timers.
     stopAllTimers();
     setState(RunState::Stopped);
@@ -608,7 +664,7 @@ void KestraMain::dxbtnSetupUnitsClick()
 
 void KestraMain::dxbtnLocateServerClick()
 {
-    if (m_hooks.closeResults && !m_hooks.closeResults()) {
+    if (!closeResults()) {
         PromptMessage message;
         message.caption = QStringLiteral("Open Window Warning");
         message.text = QStringLiteral("All windows must be closed before the server can be changed.\r\r"
@@ -633,8 +689,42 @@ void KestraMain::dxbtnLocateServerClick()
 
 void KestraMain::dxbtnDisplayResultsClick()
 {
+    ResultsGraphic &results = openResults();
     if (m_hooks.showResults)
-        m_hooks.showResults();
+        m_hooks.showResults(results);
+}
+
+ResultsGraphic &KestraMain::openResults()
+{
+    if (!m_results) {
+        auto results = std::make_unique<ResultsGraphic>(*this);
+        results->FormCreate();
+        // Close is pressed inside the window's own handler: it goes once
+        // that handler has returned.
+        connect(results.get(), &ResultsGraphic::closeRequested, this, [this] {
+            if (m_results && m_results->isClosed())
+                dropResults();
+        }, Qt::QueuedConnection);
+        m_results = std::move(results);
+    }
+    return *m_results;
+}
+
+bool KestraMain::closeResults()
+{
+    if (!m_results)
+        return true;
+    if (!m_results->btnCloseClick())
+        return false;
+    dropResults();
+    return true;
+}
+
+void KestraMain::dropResults()
+{
+    if (m_hooks.hideResults)
+        m_hooks.hideResults();
+    m_results.reset();
 }
 
 void KestraMain::dxbtnAboutClick()
@@ -821,6 +911,18 @@ bool KestraMain::MeetsUseJNBonus() const
 bool KestraMain::MeetsScoreMethod() const
 {
     return m_selection->MeetsScoreMethod();
+}
+
+QVariant KestraMain::mainMeetId() const
+{
+    const TableCursor *meets = m_selection->table(QStringLiteral("Meets"));
+    return meets && meets->hasRow() ? meets->value(QStringLiteral("MeetID")) : QVariant();
+}
+
+bool KestraMain::mainMeetNcaaMode() const
+{
+    const TableCursor *meets = m_selection->table(QStringLiteral("Meets"));
+    return meets && meets->hasRow() && meets->value(QStringLiteral("NCAAMode")).toBool();
 }
 
 } // namespace kestra

@@ -3,6 +3,7 @@
 #include "generator/GeneratorContext.h"
 #include "generator/MeetSelection.h"
 #include "outputs/DebugTrace.h"
+#include "results/ResultsContext.h"
 #include "outputs/DisplayLines.h"
 #include "outputs/DisplayWriter.h"
 #include "setup/KestraSettings.h"
@@ -26,6 +27,7 @@ class DeviceTransport;
 class DisplayCycle;
 class LostConnectionHandler;
 class NowUpListeners;
+class ResultsGraphic;
 class MeetConnection;
 class ScorePoll;
 
@@ -55,7 +57,7 @@ class ScorePoll;
 // value of the selector. Session boxes list the session keys as items, their
 // descriptions in "descriptions", and hold the chosen key as their text.
 // Edits shown for information only carry "readOnly".
-class KestraMain : public QObject, public GeneratorContext {
+class KestraMain : public QObject, public GeneratorContext, public ResultsContext {
     Q_OBJECT
 public:
     enum class RunState { Stopped, Running, Paused };
@@ -82,16 +84,14 @@ public:
         std::function<void()> showSetup;
         std::function<QString(const FileRequest &)> selectFile;
         std::function<void()> showOutputStatus;
-        std::function<void()> showResults;
+        // Draws the results window over its logic, or brings it up when it
+        // is drawn already; hideResults takes the drawing away before the
+        // logic goes.
+        std::function<void(ResultsGraphic &)> showResults;
+        std::function<void()> hideResults;
         std::function<void()> showAbout;
         // The sample pages of btnShowTest.
         std::function<void()> showSample;
-        // Asks the results window to close; false when it is still open.
-        std::function<bool()> closeResults;
-        // The results window learns the meet chosen (only while it is open).
-        std::function<void(int meetId)> meetChanged;
-        // Stops the results window's own timer on a lost connection.
-        std::function<void()> stopResultsTimer;
         // Called at every Start with Xpression checked: connects the graphics
         // system's database unless it is connected already. A failure throws
         // and reaches the exception handler; the generator stays stopped.
@@ -124,9 +124,19 @@ public:
     bool start();
     // Stop, when running.
     void stop();
+    // "Show Sample" as the operator presses it, while stopped. False, with
+    // lastError(), when it could not be pressed or a failure left it.
+    bool showSample();
     // FormClose, once; later calls do nothing. False when the settings could
     // not be written (the reason is logged; the run's state is not lost).
     bool close();
+
+    // The results window: made on demand, one at a time, and gone when it
+    // closes. closeResults() presses its Close; false when it stays open
+    // (its page cycle runs).
+    ResultsGraphic &openResults();
+    ResultsGraphic *results() const { return m_results.get(); }
+    bool closeResults();
 
     // The meet, event groups, sessions and NCAA picks of the window.
     MeetSelection &selection() { return *m_selection; }
@@ -186,7 +196,7 @@ public:
     void stopAllTimers();
     // Reports a failure that left a handler, through hooks().exceptionHandler
     // or the default.
-    void handleException(std::exception_ptr error);
+    void handleException(std::exception_ptr error) override;
 
     // --- GeneratorContext.
     MeetStore &store() override;
@@ -206,6 +216,11 @@ public:
     bool MeetsUseDBonus() const override;
     bool MeetsUseJNBonus() const override;
     bool MeetsScoreMethod() const override;
+
+    // --- ResultsContext.
+    const SettingsStore &productKey() const override { return m_marlowenKey; }
+    QVariant mainMeetId() const override;
+    bool mainMeetNcaaMode() const override;
 
     // Names of the controls Start disables, in its order (the six target
     // buttons in their order).
@@ -227,6 +242,8 @@ signals:
 private:
     void buildControls();
     void wireHandlers();
+    // The Xpression writer and its connection, and the sample pages.
+    void wireXpressionAndSample();
     std::function<void()> guarded(std::function<void()> handler);
     LogicalControl &c(const QString &name) const { return m_controls(name); }
     bool checked(const QString &name) const { return m_controls(name).isChecked(); }
@@ -236,6 +253,7 @@ private:
     void targetClicked(const QString &name);
     void applyTargetVisibility();
     void applyOutputSettings();
+    void dropResults();
     bool validationFails(const QString &text, const QString &focus);
     bool operate(const QString &name, bool value);
 
@@ -262,6 +280,7 @@ private:
     std::array<QTimer, 4> m_timers;
 
     std::unique_ptr<MeetSelection> m_selection;
+    std::unique_ptr<ResultsGraphic> m_results;
 
     RunState m_state = RunState::Stopped;
     bool m_programClosing = false;

@@ -83,14 +83,7 @@ bool MeetSelection::checked(const QString &name) const
 void MeetSelection::buildControls()
 {
     auto add = [this](const QString &name, const QString &text, const char *kind, const char *group, int row,
-                      int column) -> LogicalControl & {
-        LogicalControl &control = m_controls.add(name, text);
-        control.setProperty(QStringLiteral("kind"), QString::fromLatin1(kind));
-        control.setProperty(QStringLiteral("group"), QString::fromLatin1(group));
-        control.setProperty(QStringLiteral("row"), row);
-        control.setProperty(QStringLiteral("column"), column);
-        return control;
-    };
+                      int column) -> LogicalControl & { return m_controls.addPlaced(name, text, kind, group, row, column); };
     const auto s = [](const char *text) { return QString::fromUtf8(text); };
 
     add(s("dblcboMeets"), QString(), "lookup", "ribbon", 0, 4).setProperty(s("caption"), s("Select a Meet"));

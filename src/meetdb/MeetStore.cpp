@@ -199,6 +199,20 @@ qint64 MeetStore::executeNative(const QString &sql, const QVariantList &params)
     return runCommand(placeholders(sql), params);
 }
 
+qint64 MeetStore::executeNativeRows(const QString &sql, const std::vector<QVariantList> &rows)
+{
+    requireOpen();
+    return rows.empty() ? 0 : runCommandRows(placeholders(sql), rows);
+}
+
+qint64 MeetStore::runCommandRows(const QString &sql, const std::vector<QVariantList> &rows)
+{
+    qint64 affected = 0;
+    for (const QVariantList &row : rows)
+        affected += runCommand(sql, row);
+    return affected;
+}
+
 const TableInfo &MeetStore::tableInfo(const QString &table)
 {
     requireOpen();

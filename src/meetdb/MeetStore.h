@@ -209,6 +209,9 @@ public:
     // Engine SQL as is, with ? placeholders for `params` on both engines.
     QueryResult queryNative(const QString &sql, const QVariantList &params = {});
     qint64 executeNative(const QString &sql, const QVariantList &params = {});
+    // One statement run once for each list of values, prepared once; the
+    // bulk copies of the results pages. Returns the rows affected in all.
+    qint64 executeNativeRows(const QString &sql, const std::vector<QVariantList> &rows);
 
     // Inserts one row; values are brought to the column types (a score given as
     // double is written as a 32-bit float). Returns the auto-increment value of
@@ -236,6 +239,8 @@ protected:
 
     virtual RowSet runSelect(const QString &sql, const QVariantList &params) = 0;
     virtual qint64 runCommand(const QString &sql, const QVariantList &params) = 0;
+    // runCommand for each list of values; engines that can prepare once do.
+    virtual qint64 runCommandRows(const QString &sql, const std::vector<QVariantList> &rows);
     // Runs a script of one or more statements without results; returns the rows
     // the last one affected.
     virtual qint64 runScript(const QString &sql) = 0;

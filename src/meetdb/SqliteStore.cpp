@@ -184,12 +184,29 @@ void SqliteStore::openDatabase(const QString &alias)
     if (!QFileInfo(path).isFile())
         fail(StoreError::Kind::Database, QStringLiteral("cannot open %1.sqlite").arg(alias),
              QStringLiteral("the folder has no such file"));
+    openFile(path, SQLITE_OPEN_READWRITE, QStringLiteral("cannot open %1.sqlite").arg(alias));
+}
+
+std::unique_ptr<SqliteStore> SqliteStore::inMemory()
+{
+    StoreAddress address;
+    address.backend = StoreBackend::Sqlite;
+    auto store = std::unique_ptr<SqliteStore>(new SqliteStore(address));
+    store->m_connected = true;
+    // URI names let the copy attach the meet's file by its path.
+    store->openFile(QStringLiteral(":memory:"), SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI,
+                    QStringLiteral("cannot make the local database"));
+    return store;
+}
+
+void SqliteStore::openFile(const QString &path, int flags, const QString &what)
+{
     sqlite3 *db = nullptr;
-    int rc = sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READWRITE, nullptr);
+    int rc = sqlite3_open_v2(path.toUtf8().constData(), &db, flags, nullptr);
     if (rc != SQLITE_OK) {
         const QString reason = QString::fromUtf8(db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
         sqlite3_close_v2(db);
-        fail(StoreError::Kind::Database, QStringLiteral("cannot open %1.sqlite").arg(alias), reason);
+        fail(StoreError::Kind::Database, what, reason);
     }
     sqlite3_extended_result_codes(db, 1);
     sqlite3_busy_timeout(db, m_busyMs);
@@ -203,9 +220,10 @@ void SqliteStore::openDatabase(const QString &alias)
         const QString reason = QString::fromUtf8(error ? error : sqlite3_errstr(rc));
         sqlite3_free(error);
         sqlite3_close_v2(db);
-        fail(StoreError::Kind::Database, QStringLiteral("cannot open %1.sqlite").arg(alias), reason);
+        fail(StoreError::Kind::Database, what, reason);
     }
     m_db = db;
+    m_path = path;
 }
 
 void SqliteStore::setBusyTimeout(int milliseconds)
@@ -229,6 +247,7 @@ void SqliteStore::closeConnection()
         sqlite3_close_v2(m_db);
         m_db = nullptr;
     }
+    m_path.clear();
     m_connected = false;
 }
 
@@ -381,12 +400,8 @@ RowSet SqliteStore::runSelect(const QString &sql, const QVariantList &params)
     return out;
 }
 
-qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
+qint64 SqliteStore::runPrepared(sqlite3_stmt *stmt, const QVariantList &params, const QString &sql)
 {
-    requireOpen();
-    sqlite3_stmt *stmt = prepare(sql);
-    if (!stmt)
-        return 0;
     struct Reset {
         sqlite3_stmt *s;
         ~Reset()
@@ -402,6 +417,23 @@ qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
     if (rc != SQLITE_DONE)
         engineFailure(rc, sql);
     return qint64(sqlite3_changes64(m_db));
+}
+
+qint64 SqliteStore::runCommand(const QString &sql, const QVariantList &params)
+{
+    requireOpen();
+    sqlite3_stmt *stmt = prepare(sql);
+    return stmt ? runPrepared(stmt, params, sql) : 0;
+}
+
+qint64 SqliteStore::runCommandRows(const QString &sql, const std::vector<QVariantList> &rows)
+{
+    requireOpen();
+    sqlite3_stmt *stmt = prepare(sql);
+    qint64 affected = 0;
+    for (const QVariantList &row : rows)
+        affected += stmt ? runPrepared(stmt, row, sql) : 0;
+    return affected;
 }
 
 qint64 SqliteStore::runScript(const QString &sql)

@@ -4,23 +4,14 @@
 
 namespace kestra {
 
-namespace {
-
-double roundThrough(double x, const QString &picture)
-{
-    return parseNumber(formatFloat(x, picture).toLatin1());
-}
-
-} // namespace
-
 double Round3(double x)
 {
-    return roundThrough(x, QStringLiteral("##0.000"));
+    return roundDecimal(x, 3);
 }
 
 double Round1(double x)
 {
-    return roundThrough(x, QStringLiteral("#0.0"));
+    return roundDecimal(x, 1);
 }
 
 QString ScoreText(double x)

@@ -64,6 +64,69 @@ void incrementDigits(std::string &digits)
 
 } // namespace
 
+namespace {
+
+// The value times 10^decimals, rounded as formatFloat rounds, as a digit
+// string without sign; *negative tells the sign of the value.
+std::string scaledDigits(double value, int decimals, bool *negative)
+{
+    // 18 significant digits: "d.ddddddddddddddddde+XX". to_chars writes the
+    // C form whatever the locale; printf would write a decimal comma on a
+    // German desktop.
+    constexpr int kSignificant = 18;
+    char buffer[64];
+    const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific,
+                                       kSignificant - 1);
+    const char *text = buffer;
+    *negative = *text == '-';
+    if (*negative)
+        ++text;
+    char significand[kSignificant];
+    int digits = 0;
+    const char *at = text;
+    for (; at < written.ptr && *at != 'e'; ++at) {
+        if (*at != '.')
+            significand[digits++] = *at;
+    }
+    int exponent = 0;
+    std::from_chars(at + 1 + (at[1] == '+' ? 1 : 0), written.ptr, exponent);
+
+    // The value is 0.<significand> * 10^(exponent + 1). Keep the digits down to
+    // the last decimal and round on the next one.
+    const int keep = exponent + 1 + decimals;
+    std::string scaled;
+    if (keep >= digits) {
+        scaled.assign(significand, std::size_t(digits));
+        scaled.append(std::size_t(keep - digits), '0');
+    } else {
+        if (keep > 0)
+            scaled.assign(significand, std::size_t(keep));
+        if (keep >= 0 && significand[keep] >= '5') {
+            if (scaled.empty())
+                scaled.assign(1, '0');
+            incrementDigits(scaled);
+        }
+    }
+    if (scaled.empty())
+        scaled.assign(1, '0');
+    return scaled;
+}
+
+} // namespace
+
+double roundDecimal(double value, int decimals)
+{
+    if (!std::isfinite(value))
+        return value;
+    bool negative = false;
+    std::string scaled = scaledDigits(value, decimals, &negative);
+    scaled += 'e';
+    scaled += std::to_string(-decimals);
+    double rounded = 0;
+    std::from_chars(scaled.data(), scaled.data() + scaled.size(), rounded);
+    return negative && rounded != 0 ? -rounded : rounded;
+}
+
 QString formatFloat(double value, const QString &picture)
 {
     const Picture p = parsePicture(picture);
@@ -72,42 +135,8 @@ QString formatFloat(double value, const QString &picture)
     if (std::isinf(value))
         return value < 0 ? QStringLiteral("-INF") : QStringLiteral("INF");
 
-    // 18 significant digits: "d.ddddddddddddddddde+XX". to_chars writes the
-    // C form whatever the locale; printf would write a decimal comma on a
-    // German desktop.
-    constexpr int kSignificant = 18;
-    char buffer[64];
-    const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific,
-                                       kSignificant - 1);
-    const std::string text(buffer, written.ptr);
-    const bool negative = text.front() == '-';
-    const std::size_t start = negative ? 1 : 0;
-    const std::size_t ePos = text.find('e');
-    std::string significand;
-    for (std::size_t i = start; i < ePos; ++i) {
-        if (text[i] != '.')
-            significand += text[i];
-    }
-    const int exponent = std::atoi(text.c_str() + ePos + 1);
-
-    // The value is 0.<significand> * 10^(exponent + 1). Keep the digits down to
-    // the last decimal of the picture and round on the next one.
-    const int keep = exponent + 1 + p.decimals;
-    std::string scaled; // the rounded value times 10^decimals
-    if (keep >= kSignificant) {
-        scaled = significand + std::string(static_cast<std::size_t>(keep - kSignificant), '0');
-    } else {
-        if (keep > 0)
-            scaled = significand.substr(0, static_cast<std::size_t>(keep));
-        if (keep >= 0 && significand[static_cast<std::size_t>(keep)] >= '5') {
-            if (scaled.empty())
-                scaled.assign(1, '0');
-            incrementDigits(scaled);
-        }
-    }
-    if (scaled.empty())
-        scaled.assign(1, '0');
-
+    bool negative = false;
+    std::string scaled = scaledDigits(value, p.decimals, &negative);
     const auto decimals = static_cast<std::size_t>(p.decimals);
     if (scaled.size() < decimals + 1)
         scaled.insert(0, decimals + 1 - scaled.size(), '0');

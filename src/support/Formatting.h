@@ -24,6 +24,9 @@ void useCNumberConventions();
 // result that rounds to zero carries no minus sign. Throws std::invalid_argument for
 // a picture that is not of this kind.
 QString formatFloat(double value, const QString &picture);
+// The number formatFloat would write with `decimals` decimals, as a double:
+// the same rounding without the text.
+double roundDecimal(double value, int decimals);
 
 // A number in the C form (a point, no grouping, an exponent allowed), as
 // databases and files write them, whatever the operator's locale says. The

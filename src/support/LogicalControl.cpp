@@ -102,6 +102,17 @@ void LogicalControl::operatorSelect(int index)
 
 ControlSet::ControlSet(QObject *parent) : QObject(parent) {}
 
+LogicalControl &ControlSet::addPlaced(const QString &name, const QString &text, const char *kind, const char *group,
+                                      int row, int column)
+{
+    LogicalControl &control = add(name, text);
+    control.setProperty(QStringLiteral("kind"), QString::fromLatin1(kind));
+    control.setProperty(QStringLiteral("group"), QString::fromLatin1(group));
+    control.setProperty(QStringLiteral("row"), row);
+    control.setProperty(QStringLiteral("column"), column);
+    return control;
+}
+
 LogicalControl &ControlSet::add(const QString &name, const QString &text)
 {
     auto *control = new LogicalControl(name, this);

@@ -77,6 +77,10 @@ public:
     explicit ControlSet(QObject *parent = nullptr);
 
     LogicalControl &add(const QString &name, const QString &text = QString());
+    // A control of a window drawn on a grid: its kind ("button", "lookup" ...),
+    // the group it sits in, and its row and column there.
+    LogicalControl &addPlaced(const QString &name, const QString &text, const char *kind, const char *group, int row,
+                              int column);
     LogicalControl &operator()(const QString &name) const; // throws std::out_of_range
     LogicalControl *find(const QString &name) const;
     const std::vector<LogicalControl *> &all() const { return m_ordered; }

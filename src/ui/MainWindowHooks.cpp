@@ -3,9 +3,13 @@
 #include "outputs/DeviceTransport.h"
 #include "ui/frmAbout.h"
 #include "ui/frmKestraMain.h"
+#include "ui/frmResultsGraphic.h"
 #include "ui/frmSetupUnits.h"
 
 #include <QFileDialog>
+#include <QPointer>
+
+#include <memory>
 
 namespace kestra {
 
@@ -51,6 +55,19 @@ void attachWindowHooks(KestraMain &main, frmKestraMain &window)
     hooks.selectFile = [&window](const KestraMain::FileRequest &request) { return askSaveFile(request, &window); };
     hooks.showOutputStatus = [&window] { window.showOutputStatus(); };
     hooks.showAbout = [&window] { frmAbout::execute(&window); };
+
+    // One results window at a time; a second press brings it up again.
+    auto results = std::make_shared<QPointer<frmResultsGraphic>>();
+    hooks.showResults = [results, &window](ResultsGraphic &logic) {
+        if (!*results)
+            *results = new frmResultsGraphic(logic, &window);
+        frmResultsGraphic *shown = *results;
+        shown->setWindowState(shown->windowState() & ~Qt::WindowMinimized);
+        shown->show();
+        shown->raise();
+        shown->activateWindow();
+    };
+    hooks.hideResults = [results] { delete results->data(); };
 }
 
 } // namespace kestra

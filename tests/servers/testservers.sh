@@ -46,9 +46,11 @@ start_mysql() {
   mkdir -p "$dir"
   local myroot="$dir/mysql" port
   mkdir -p "$myroot"
-  mariadb-install-db --no-defaults --user="$(id -un)" --datadir="$myroot/data" --skip-test-db \
-        --auth-root-authentication-method=normal >"$dir/mysql-install.log" 2>&1
-  port=$(free_port)
+  if [ ! -d "$myroot/data/mysql" ]; then
+    mariadb-install-db --no-defaults --user="$(id -un)" --datadir="$myroot/data" --skip-test-db \
+          --auth-root-authentication-method=normal >"$dir/mysql-install.log" 2>&1
+  fi
+  port=$(cat "$dir/mysql.port" 2>/dev/null || free_port)  # a restart keeps its port
   nohup mariadbd --no-defaults --user="$(id -un)" --datadir="$myroot/data" --socket="$myroot/sock" \
         --port="$port" --bind-address=127.0.0.1 --pid-file="$myroot/pid" \
         --log-error="$myroot/err.log" --innodb-flush-log-at-trx-commit=0 >/dev/null 2>&1 &

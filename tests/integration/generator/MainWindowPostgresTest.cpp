@@ -4,6 +4,7 @@
 #include "support/MainRig.h"
 
 #include "generator/NowUpListeners.h"
+#include "results/ResultsGraphic.h"
 
 #include <gtest/gtest.h>
 
@@ -23,22 +24,24 @@ TEST(MainWindowOnPostgres, AServerThatGoesAwayDuringARunRestartsTheProgram)
     DirectConnection connection(address, S("gym-server"));
     int restarts = 0;
     int quits = 0;
-    int resultsTimerStops = 0;
     KestraMain main(connection, SettingsStore::kestraKey(config.path()), SettingsStore::marlowenKey(config.path()),
                     prompt, ticks, record, transport, [&] { ++restarts; });
     main.listeners().setPorts(0, 0);
-    main.hooks().stopResultsTimer = [&] { ++resultsTimerStops; };
     QObject::connect(&main, &KestraMain::quitRequested, [&] { ++quits; });
     ASSERT_TRUE(main.create());
     main.show();
     ASSERT_TRUE(main.start());
+    ResultsGraphic &results = main.openResults();
+    results(S("btnAdd")).click();
+    results(S("btnStart")).click();
+    ASSERT_TRUE(results.cycle().timer().isActive());
     prompt.messages.clear(); // the now-up clears of Start on a port that cannot open
 
     server.stop();
     main.Timer1Timer();
     for (int t = 1; t <= 4; ++t)
         EXPECT_FALSE(main.timer(t).isActive()) << t;
-    EXPECT_EQ(resultsTimerStops, 1);
+    EXPECT_FALSE(results.cycle().timer().isActive());
     ASSERT_EQ(prompt.messages.size(), 1u);
     EXPECT_TRUE(prompt.messages[0].text.contains(S("\"gym-server\""))) << prompt.messages[0].text.toStdString();
     EXPECT_EQ(restarts, 1);

@@ -119,6 +119,7 @@ TEST(HeadlessOptionsTest, badLinesAreRefusedWithTheirMessage)
         {args({"--rotation", "1.5"}), "--rotation: \"1.5\" is not a whole number above 0"},
         {args({"--meet", "1", "--meet", "2"}), "--meet is given twice"},
         {args({"--dual=yes"}), "--dual takes no value"},
+        {args({"--test-pattern", "--dual"}), "--test-pattern needs --sample or --sample-only"},
         {args({"--store", "/x", "--server", "Hall"}), "give --store or --server, not both"},
         {args({"--sessions", "1,2,3,4,5"}), "--sessions: at most four sessions, got 5"},
         {args({"--sessions", "1,,2"}), "--sessions: an empty session in \"1,,2\""},

@@ -5,6 +5,7 @@
 
 #include "generator/DisplayCycle.h"
 #include "generator/NowUpListeners.h"
+#include "results/ResultsGraphic.h"
 #include "kestra/Version.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +49,8 @@ void expectOneBox(const MainRig &rig, PromptIcon icon, const QString &caption = 
 }
 
 // The targets this build can send to.
-const QStringList kTargetsWithWriters = {S("rdoDaktronics"), S("rdoBarco"), S("rdoWhiteWay"), S("rdoFile"), S("rdoXML")};
+const QStringList kTargetsWithWriters = {S("rdoDaktronics"), S("rdoBarco"), S("rdoWhiteWay"), S("rdoFile"), S("rdoXML"),
+                                         S("rdoXpression")};
 
 // A refused Start leaves the window stopped and unlocked.
 void expectRefusedStart(MainRig &rig)
@@ -485,7 +487,10 @@ TEST_F(KestraMainTest, AFailureInAHandlerIsShownAndTheWindowGoesOn)
 
 TEST_F(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
 {
-    rig.main().hooks().closeResults = [] { return false; };
+    // A results window whose page cycle runs cannot be closed.
+    ResultsGraphic &results = rig.main().openResults();
+    results(S("btnAdd")).click();
+    results(S("btnStart")).click();
     rig(S("dxbtnLocateServer")).click();
     expectOneBox(rig, PromptIcon::Warning, S("Open Window Warning"),
                  S("All windows must be closed before the server can be changed.\r\r"
@@ -493,9 +498,10 @@ TEST_F(KestraMainTest, ChangingServerRefusesWhileTheResultsWindowStaysOpen)
 
     // With the window closed the tables come back on the scoring product's
     // last meet, whatever the operator had chosen.
-    rig.main().hooks().closeResults = [] { return true; };
+    results(S("btnStop")).click();
     ASSERT_TRUE(rig.main().selection().selectMeet(2));
     rig(S("dxbtnLocateServer")).click();
+    EXPECT_EQ(rig.main().results(), nullptr);
     EXPECT_EQ(rig.prompt.messages.size(), 1u);
     EXPECT_EQ(rig(S("dblcboMeets")).currentIndex(), 0);
     EXPECT_EQ(rig(S("dblcboEvent1")).property("key").toInt(), 1);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QRandomGenerator>
+
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 
@@ -52,6 +55,21 @@ TEST(FormatFloat, ScoresStoredAsSingleFloatsFormatAsEntered)
     EXPECT_EQ(formatFloat(static_cast<double>(9.45f) + static_cast<double>(9.55f), QStringLiteral("#0.000")),
               QStringLiteral("19.000"));
     EXPECT_EQ(formatFloat(9.45 + 9.55, QStringLiteral("#0.000")), QStringLiteral("19.000"));
+}
+
+TEST(FormatFloat, RoundDecimalIsTheWrittenNumber)
+{
+    QRandomGenerator random(5699);
+    const char *pictures[] = {"0", "0.0", "0.00", "0.000", "0.0000"};
+    for (int trial = 0; trial < 20000; ++trial) {
+        const int decimals = trial % 5;
+        // Scores on the half-thousandth and anything else, both signs, up to 10^6.
+        const double x = trial % 2 ? (random.bounded(40001) - 20000) / 2000.0
+                                   : (random.generateDouble() - 0.5) * std::pow(10.0, trial % 7);
+        ASSERT_EQ(roundDecimal(x, decimals),
+                  parseNumber(formatFloat(x, QString::fromLatin1(pictures[decimals])).toLatin1()))
+            << x << " " << decimals;
+    }
 }
 
 TEST(FormatFloat, NonFiniteValuesAndBadPictures)
