@@ -103,13 +103,4 @@ TEST_P(PollStatement, MarkingARowMovesThePollOnAndOtherApplicationsDoNotCount)
     EXPECT_EQ(polled({"1", "", "", ""}), QList<int>{fresh});
 }
 
-// The one form the dialect translates per engine beside the poll's: a date
-// literal, as the age-group pages select birthdays.
-TEST_P(PollStatement, ADateLiteralRangeRunsOnBothEngines)
-{
-    f.store->updateRows(S("Gymnasts"), {{"Birthday", QDate(2012, 2, 29)}}, {{"MeetID", 1}, {"Num", 101}});
-    EXPECT_EQ(f.store->query(S("select Num from Gymnasts g1 where g1.MeetID = 1\r\nand (g1.Birthday between "
-                               "date '2012-01-01' and date '2012-12-31')")).recordCount(), 1);
-}
-
 KESTRA_BOTH_BACKENDS(PollStatement);
