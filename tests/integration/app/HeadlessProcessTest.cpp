@@ -190,9 +190,13 @@ TEST_F(HeadlessProcessTest, refusalsEndWithTheirStatusAndOneClearLine)
         SCOPED_TRACE(line.message);
         Headless run(home, line.arguments);
         EXPECT_EQ(run.finish(), line.status) << run.errors().toStdString();
-        EXPECT_TRUE(run.errors().startsWith(S(line.message))) << run.errors().toStdString();
+        // Another program on this machine may hold the now-up ports; the
+        // listeners then say so, which is not the refusal's business.
+        QStringList told = run.errors().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        told.removeIf([](const QString &l) { return l.startsWith(S("now-up listener on UDP")); });
         // One line, told once: no echo of a dialog before the summary.
-        EXPECT_EQ(run.errors().trimmed().count(QLatin1Char('\n')), 0) << run.errors().toStdString();
+        ASSERT_EQ(told.size(), 1) << run.errors().toStdString();
+        EXPECT_TRUE(told.front().startsWith(S(line.message))) << run.errors().toStdString();
     }
     EXPECT_TRUE(queueDone().isEmpty());
 }
