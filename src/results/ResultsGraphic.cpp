@@ -7,6 +7,7 @@
 #include "results/PageBuilds.h"
 #include "results/ResultsContext.h"
 #include "results/ResultsPage.h"
+#include "setup/ProductSettings.h"
 #include "setup/SettingsStore.h"
 #include "support/OperatorPrompt.h"
 
@@ -17,8 +18,6 @@
 namespace kestra {
 
 namespace {
-
-const QString kCustom = QStringLiteral("Custom");
 
 QString S(const char *text)
 {
@@ -237,11 +236,13 @@ void ResultsGraphic::wireHandlers()
     on("EditPlaces", [this] { digitsChanged(c(S("EditPlaces")), 3); });
     on("EditCount", [this] {
         digitsChanged(c(S("EditCount")), 3);
-        writeCustom("TeamScoresCount", digitsOf(S("EditCount")));
+        SettingsStore key = m_context.productKey();
+        TeamResultsSettings::writeTeamScoresCount(key, c(S("EditCount")).text());
     });
     on("EditAA", [this] {
         digitsChanged(c(S("EditAA")), 2);
-        writeCustom("TeamScoresAA", digitsOf(S("EditAA")));
+        SettingsStore key = m_context.productKey();
+        TeamResultsSettings::writeTeamScoresAA(key, c(S("EditAA")).text());
     });
     on("EditTitle", [this] {
         LogicalControl &title = c(S("EditTitle"));
@@ -283,29 +284,19 @@ void ResultsGraphic::digitsChanged(LogicalControl &edit, int maxDigits)
     edit.setText(good ? text : edit.property(S("accepted")).toString());
 }
 
-int ResultsGraphic::digitsOf(const QString &name) const
-{
-    return c(name).text().trimmed().toInt(); // empty stores 0
-}
-
-void ResultsGraphic::writeCustom(const char *name, int value)
-{
-    SettingsStore key = m_context.productKey();
-    key.WriteInteger(kCustom, S(name), value);
-}
-
 // ---------------------------------------------------------------- creation
 
 void ResultsGraphic::FormCreate()
 {
     m_loading = true;
-    const SettingsStore &key = m_context.productKey();
-    c(S("EditCount")).setText(QString::number(key.ReadInteger(kCustom, S("TeamScoresCount"), 0)));
-    c(S("EditAA")).setText(QString::number(key.ReadInteger(kCustom, S("TeamScoresAA"), 0)));
+    TeamResultsSettings team;
+    team.readAtCreate(m_context.productKey());
+    c(S("EditCount")).setText(QString::number(team.TeamScoresCount));
+    c(S("EditAA")).setText(QString::number(team.TeamScoresAA));
     for (const char *edit : {"EditCount", "EditAA", "EditPlaces"})
         c(S(edit)).setProperty(S("accepted"), c(S(edit)).text());
-    c(S("rgrpDesignate")).setCurrentIndex(key.ReadInteger(kCustom, S("TeamDesignate"), 0));
-    c(S("rgrpTeam")).setCurrentIndex(key.ReadInteger(kCustom, S("TeamID"), 3));
+    c(S("rgrpDesignate")).setCurrentIndex(team.TeamDesignate);
+    c(S("rgrpTeam")).setCurrentIndex(team.TeamID);
     c(S("chkNCAA")).setChecked(m_context.mainMeetNcaaMode());
 
     // The working copies are a snapshot of this moment.
@@ -510,17 +501,19 @@ void ResultsGraphic::levelsChanged()
 void ResultsGraphic::rgrpDesignateClick()
 {
     const int designation = c(S("rgrpDesignate")).currentIndex();
-    writeCustom("TeamDesignate", designation);
+    SettingsStore key = m_context.productKey();
+    TeamResultsSettings::writeTeamDesignate(key, designation);
     if (designation == 2) {
         c(S("rgrpTeam")).setCurrentIndex(3);
-        writeCustom("TeamID", 3);
+        TeamResultsSettings::writeTeamID(key, 3);
     }
     applyEnablement();
 }
 
 void ResultsGraphic::rgrpTeamClick()
 {
-    writeCustom("TeamID", c(S("rgrpTeam")).currentIndex());
+    SettingsStore key = m_context.productKey();
+    TeamResultsSettings::writeTeamID(key, c(S("rgrpTeam")).currentIndex());
     applyEnablement();
     ReloadTeamIDs();
 }

@@ -94,8 +94,6 @@ private:
     LogicalControl &c(const QString &name) const { return m_controls(name); }
     bool checked(const QString &name) const { return m_controls(name).isChecked(); }
     void guard(const std::function<void()> &handler);
-    void writeCustom(const char *name, int value);
-    int digitsOf(const QString &name) const;
 
     void loadMeets();
     void loadEvents();
